@@ -1,0 +1,7 @@
+#include <tessera/frame/Library.h>
+
+namespace Tessera {
+
+void Shutdown() {}
+
+}  // namespace Tessera
