@@ -41,6 +41,9 @@ endmacro()
 function(tessera_add_area name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
   set(target tessera_area_${name})
+  if(NOT ARG_SOURCES)
+    return()  # a folder whose first source is still to come
+  endif()
   add_library(${target} OBJECT ${ARG_SOURCES})
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
