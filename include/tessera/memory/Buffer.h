@@ -98,7 +98,8 @@ class TESSERA_API Buffer {
   // Turns the reference into a raw payload pointer (null for a null buffer) and nulls
   // `buffer`; the count is unchanged. Bind takes such a pointer back, unchecked.
   static Buffer Bind(void* memory) {
-    return Buffer(memory != nullptr ? reinterpret_cast<Data*>(static_cast<char*>(memory) - sizeof(Data)) : nullptr);
+    return Buffer(memory != nullptr ? reinterpret_cast<Data*>(static_cast<char*>(memory) - sizeof(Data)) : nullptr,
+                  AdoptTag{});
   }
   static void* Unbind(Buffer& buffer) {
     void* memory = buffer.Memory();
@@ -111,7 +112,9 @@ class TESSERA_API Buffer {
   friend class BufferPoolImpl;
   friend struct detail::BufferPoolAccess;
 
-  explicit Buffer(Data* data) : data_(data) {}
+  // Takes over a reference without counting; the tag keeps Buffer(0) meaning a size.
+  struct AdoptTag {};
+  Buffer(Data* data, AdoptTag) : data_(data) {}
   static void* Payload(Data* data) { return reinterpret_cast<char*>(data) + sizeof(Data); }
   void BoolTrue() const {}
 

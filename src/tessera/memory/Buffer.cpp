@@ -212,7 +212,7 @@ Buffer BufferPool::AllocateFrom(BufferPoolImpl& pool) {
     block->pool.store(&pool, std::memory_order_relaxed);
   }
   block->refCount = 1;  // nobody else can see the block yet
-  return Buffer(block);
+  return Buffer(block, Buffer::AdoptTag{});
 }
 
 void BufferPool::DropDetached(BufferPoolImpl& pool) {
