@@ -261,10 +261,12 @@ TEST(BufferPool, ThreadsShareOnePoolAndHandBuffersAcross) {
   {
     BufferPool local(16, 0);
     for (int i = 0; i < 64; ++i) batch.push_back(local.Allocate());
-    std::thread releaser([moved = std::vector<Buffer>(batch.begin(), batch.begin() + 32)]() mutable {
-      moved.clear();
-    });
-    batch.erase(batch.begin(), batch.begin() + 32);
+    std::vector<Buffer> half;
+    for (int i = 0; i < 32; ++i) {
+      half.push_back(Buffer());
+      half.back().Swap(batch[i]);
+    }
+    std::thread releaser([moved = std::move(half)]() mutable { moved.clear(); });
     releaser.join();
   }
   std::thread lateReleaser([moved = std::move(batch)]() mutable { moved.clear(); });
