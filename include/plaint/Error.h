@@ -8,7 +8,7 @@
 #define PLAINT_ERROR_H
 
 #include <cstdint>
-#include <iosfwd>
+#include <ostream>
 #include <memory>
 #include <new>
 #include <stdexcept>
