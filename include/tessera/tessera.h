@@ -1,0 +1,16 @@
+// Tessera: the umbrella header. Includes every public header of the library.
+#ifndef TESSERA_TESSERA_H
+#define TESSERA_TESSERA_H
+
+#include <plaint/Error.h>
+#include <skein/Lock.h>
+#include <skein/Thread.h>
+#include <skein/Waitable.h>
+#include <tessera/frame/Errors.h>
+#include <tessera/frame/Library.h>
+#include <tessera/frame/StaticInitialize.h>
+#include <tessera/memory/Buffer.h>
+#include <tessera/time/TimeSpan.h>
+#include <tessera/win32/LastError.h>
+
+#endif  // TESSERA_TESSERA_H
