@@ -70,7 +70,8 @@ TEST(Buffer, SharingAssignAndDeepCopies) {
   }
   EXPECT_FALSE(a.IsShared());
 
-  a = a;
+  Buffer& self = a;
+  a = self;
   EXPECT_EQ(Access::RefCount(a), 1u);
   Buffer c = a;
   a.Assign(c, Buffer::unpooled);  // same block: nothing at all happens
