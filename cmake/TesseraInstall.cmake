@@ -17,5 +17,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/TesseraConfigVersion.cmak
 install(FILES ${PROJECT_BINARY_DIR}/TesseraConfig.cmake ${PROJECT_BINARY_DIR}/TesseraConfigVersion.cmake
   DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/Tessera)
 
+file(RELATIVE_PATH TESSERA_PC_TO_PREFIX "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig" "${CMAKE_INSTALL_PREFIX}")
 configure_file(cmake/tessera.pc.in ${PROJECT_BINARY_DIR}/tessera.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tessera.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
