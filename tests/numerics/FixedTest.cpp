@@ -315,3 +315,12 @@ TEST(FixedFunctions, SineCosineTangent) {
   // Whole turns reduce away; a negative angle goes to the positive turn.
   EXPECT_EQ((fixed(1.0) + fixed(3) * Tessera::fixedTwoPi).sin().GetRaw(), 841667);
 }
+
+TEST(FixedFunctions, ExpEndsForEveryArgument) {
+  // Up to a magnitude of about 1956 the series ends by itself, in wrapped digits.
+  EXPECT_EQ(fixed(1950).exp().GetRaw(), 1303070316);
+  EXPECT_EQ(fixed(-1950).exp().GetRaw(), -1274793474);
+  // Beyond, k wraps and the term keeps missing 0; the series is cut off.
+  EXPECT_EQ(fixed(2000).exp().GetRaw(), INT32_MIN);
+  EXPECT_EQ(fixed(-2000).exp().GetRaw(), INT32_MIN);
+}

@@ -183,7 +183,7 @@ class TESSERA_API fixed {
   fixed sqrt() const;
   // The Taylor series around 0 until a term truncates to 0; good from about -9.72 to
   // 7.67, wrapped digits outside that. A series still running after 65536 terms, which
-  // only an argument of magnitude from about 1900 up can cause, stops and gives
+  // only an argument of magnitude from about 1960 up can cause, stops and gives
   // -2147.483648.
   fixed exp() const;
   // Reduction by e down below 2, then the Mercator series until a term truncates to 0.
