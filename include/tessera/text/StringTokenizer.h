@@ -1,0 +1,111 @@
+// BasicStringTokenizer: a cursor that splits a text it doesn't own into tokens, handed out as
+// pointer and length slices of that text, with a delimiter rule that may change from one
+// token to the next. Instantiated for `char` and `char16_t` (UTF-16 code units; lengths and
+// positions count code units).
+//
+// A run of delimiters is one separator, so a token is never empty; the delimiter behind a
+// token is left in place until the next scan. Nothing is quoted or escaped. The text must
+// outlive the tokenizer and every token; a null text is allowed only with a length of 0.
+//
+// With an empty delimiter text the delimiters are white space: for `char` what `isspace`
+// says of the bytes 1 to 127 (NUL and bytes with the high bit set never are), for
+// `char16_t` what `iswspace` says of the code unit; both follow the process locale.
+#ifndef TESSERA_TEXT_STRINGTOKENIZER_H
+#define TESSERA_TEXT_STRINGTOKENIZER_H
+
+#include <string>
+
+#include <tessera/Export.h>
+#include <tessera/frame/Library.h>
+
+namespace Tessera {
+
+// How the delimiter text is read.
+enum DelimitMode {
+  DelimitModeString = 0,  // the whole delimiter text, compared exactly
+  DelimitModeAnyOf = 1,   // any one character of the delimiter text
+  DelimitModeNoneOf = 2,  // any one character not in the delimiter text
+};
+
+template <class C>
+class TESSERA_API BasicStringTokenizer {
+ public:
+  // A caller's own delimiter rule. While one is set, the delimiter text and the mode are
+  // ignored. The tokenizer doesn't own it.
+  class TESSERA_API Delimiter {
+   public:
+    // Length of the delimiter that starts at `text`, or 0 if none does. `left` (at least 1)
+    // counts the characters from `text` to the end; the result must not exceed it.
+    virtual unsigned int Match(const C* text, unsigned int left) = 0;
+    virtual ~Delimiter();
+  };
+
+  // No text; empty delimiter text in mode DelimitModeAnyOf.
+  BasicStringTokenizer();
+  // As the matching Reset.
+  BasicStringTokenizer(const C* text, unsigned int length, const C* delimiter, DelimitMode mode);
+  BasicStringTokenizer(const C* text, const C* delimiter, DelimitMode mode);
+
+  // Starts over on `text` (`length` npos: up to its first NUL) at position 0, with the given
+  // delimiter text (NUL-terminated; null means empty) and mode, and no delimiter object.
+  void Reset(const C* text, unsigned int length, const C* delimiter, DelimitMode mode);
+  void Reset(const C* text, const C* delimiter, DelimitMode mode);
+
+  // Replaces the delimiter text (null means empty) and drops the delimiter object; the mode
+  // stays unless given.
+  void SetDelimiter(const C* delimiter);
+  void SetDelimiter(const C* delimiter, DelimitMode mode);
+  // Sets a delimiter object and empties the delimiter text; the mode stays.
+  void SetDelimiter(Delimiter& delimiter);
+  // Sets the mode only; a delimiter object stays in force.
+  void SetDelimitMode(DelimitMode mode);
+
+  // Skips delimiters and gives the token behind them, leaving the position on the delimiter
+  // (or end) behind it. With no token left, gives false, puts the position back and leaves
+  // `token` and `length` untouched; a setting made by the call stays.
+  bool Next(const C*& token, unsigned int& length);
+  bool Next(const C*& token, unsigned int& length, const C* delimiter);
+  bool Next(const C*& token, unsigned int& length, const C* delimiter, DelimitMode mode);
+  bool Next(const C*& token, unsigned int& length, DelimitMode mode);
+  // As Next, without the token.
+  bool Skip();
+  // Moves the position over the delimiters that stand at it.
+  void SkipDelimiters();
+  // SkipDelimiters under the present setting, then SetDelimiter(delimiter).
+  void SkipDelimitersAndSet(const C* delimiter);
+
+  void Rewind() { position_ = 0; }
+  // A position beyond the text gives the text's length.
+  void SetPosition(unsigned int position) { position_ = position < length_ ? position : length_; }
+  // Moves onto another text (`length` npos: up to its first NUL), keeping the delimiter
+  // settings and the position, cut to the new length. With `offset`, the position first
+  // drops by that much (to no less than 0), for a buffer that lost its first characters.
+  void Rebase(const C* text, unsigned int length);
+  void Rebase(const C* text, unsigned int length, unsigned int offset);
+
+  const C* GetTextStart() const { return text_; }
+  unsigned int GetTextLength() const { return length_; }
+  unsigned int GetPosition() const { return position_; }
+  const C* GetTextPosition() const { return text_ + position_; }
+  unsigned int GetLeftLength() const { return length_ - position_; }
+  // True at the end of the text; not after a failed Next that left delimiters behind.
+  bool IsDone() const { return position_ == length_; }
+
+ private:
+  bool MatchDelimiter(unsigned int& length);
+  void SkipNonDelimiters();
+
+  const C* text_;
+  unsigned int length_;
+  unsigned int position_;
+  std::basic_string<C> delimiter_;
+  DelimitMode mode_;
+  Delimiter* delimiterObject_;
+};
+
+extern template class BasicStringTokenizer<char>;
+extern template class BasicStringTokenizer<char16_t>;
+
+}  // namespace Tessera
+
+#endif  // TESSERA_TEXT_STRINGTOKENIZER_H
