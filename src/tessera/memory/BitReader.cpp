@@ -1,0 +1,84 @@
+#include <tessera/memory/BitReader.h>
+
+#include <cstring>
+
+#include <plaint/Error.h>
+
+#include "tessera/memory/BitStreamDetail.h"
+
+namespace Tessera {
+
+bool BitReader::ReadBit() {
+  if (position_ == capacity_) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBit"));
+  return ReadBitExec();
+}
+
+unsigned int BitReader::ReadBits(unsigned int count) {
+  if (count == 0) return 0;
+  if (count > 32) detail::ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
+  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
+  // At most five bytes hold the bits; take eight at once where the stream has them.
+  const std::uint32_t first = position_ >> 3;
+  const unsigned int phase = position_ & 7;
+  std::uint64_t window;
+  if (detail::StreamBytes(capacity_) - first >= 8) {
+    window = detail::LoadBigEndian64(data_ + first);
+  } else {
+    window = 0;
+    const unsigned int bytes = (phase + count + 7) >> 3;
+    for (unsigned int i = 0; i < bytes; ++i) window |= std::uint64_t{data_[first + i]} << (56 - 8 * i);
+  }
+  position_ += count;
+  return static_cast<unsigned int>((window << phase) >> (64 - count));
+}
+
+void BitReader::ReadData(void* target, unsigned int count, unsigned int offset) {
+  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadData"));
+  if (count == 0) return;
+  unsigned char* cursor = static_cast<unsigned char*>(target) + (offset >> 3);
+  const std::int32_t phase = static_cast<std::int32_t>(offset & 7);
+  if (phase != static_cast<std::int32_t>(position_ & 7)) {
+    ReadUnaligned(cursor, count, phase);
+    return;
+  }
+  const unsigned int head = count < 8u - phase ? count : 8u - phase;
+  ReadUnaligned(cursor, head, phase);
+  if (head == count) return;
+  ++cursor;
+  count -= head;
+  const unsigned int bytes = count >> 3;
+  std::memcpy(cursor, data_ + (position_ >> 3), bytes);
+  cursor += bytes;
+  position_ += bytes * 8;
+  if ((count & 7) != 0) ReadUnaligned(cursor, count & 7, 0);
+}
+
+void BitReader::SkipBits(unsigned int count) {
+  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::SkipBits"));
+  position_ += count;
+}
+
+void BitReader::ReadUnaligned(unsigned char* target, unsigned int count, std::int32_t phase) {
+  // Bit by bit up to a target byte boundary, whole target bytes from there, then the rest.
+  if (phase != 0) {
+    for (unsigned int mask = 0x80u >> phase; count != 0; mask >>= 1) {
+      *target = ReadBitExec() ? static_cast<unsigned char>(*target | mask)
+                              : static_cast<unsigned char>(*target & ~mask);
+      --count;
+      if (mask == 1) {
+        ++target;
+        break;
+      }
+    }
+  }
+  for (; count >= 8; count -= 8) {
+    *target++ = detail::ByteAt(data_, position_);
+    position_ += 8;
+  }
+  for (unsigned int mask = 0x80u; count != 0; --count, mask >>= 1) {
+    *target = ReadBitExec() ? static_cast<unsigned char>(*target | mask)
+                            : static_cast<unsigned char>(*target & ~mask);
+  }
+}
+
+}  // namespace Tessera
