@@ -1,0 +1,90 @@
+// Comparison and search of counted text, narrow (`char`) and wide (`char16_t`, UTF-16 code
+// units). Every text is a pointer and a length in characters; a length of `npos` means that
+// the text ends at its first NUL and is measured first. A null pointer is allowed only with a
+// length of 0. Nothing here allocates, throws or keeps state.
+//
+// The comparisons compare at most the shorter length and stop at a NUL that stands at the
+// same place in both texts. A non-zero result of the character compare is returned as it is
+// (only its sign means anything); when the compared part is equal but the lengths differ, the
+// shorter text sorts first with exactly -1 or 1.
+//
+// Locale: TextCompare and TextFind are locale-free. The caseless forms fold case by the process
+// locale's character classes (in "C", the 26 ASCII letters only; narrow text folds byte by
+// byte, wide text code unit by code unit); the collating forms order by the process locale's
+// collation (in "C", by character code). The library never sets a locale.
+#ifndef TESSERA_TEXT_TEXTCOMPARE_H
+#define TESSERA_TEXT_TEXTCOMPARE_H
+
+#include <tessera/Export.h>
+#include <tessera/frame/Library.h>
+
+namespace Tessera {
+
+// Exact comparison by character code (bytes as unsigned, UTF-16 code units as unsigned).
+TESSERA_API int TextCompare(const char* text1, unsigned int length1, const char* text2,
+                            unsigned int length2);
+TESSERA_API int TextCompare(const char16_t* text1, unsigned int length1, const char16_t* text2,
+                            unsigned int length2);
+
+// Comparison of the case-folded characters by their folded codes.
+TESSERA_API int TextCompareCaseless(const char* text1, unsigned int length1, const char* text2,
+                                    unsigned int length2);
+TESSERA_API int TextCompareCaseless(const char16_t* text1, unsigned int length1,
+                                    const char16_t* text2, unsigned int length2);
+
+// Comparison by the collation of the process locale. The wide form collates code points, a
+// surrogate pair counting as one character.
+TESSERA_API int TextCollate(const char* text1, unsigned int length1, const char* text2,
+                            unsigned int length2);
+TESSERA_API int TextCollate(const char16_t* text1, unsigned int length1, const char16_t* text2,
+                            unsigned int length2);
+
+// Collation of the case-folded texts.
+TESSERA_API int TextCollateCaseless(const char* text1, unsigned int length1, const char* text2,
+                                    unsigned int length2);
+TESSERA_API int TextCollateCaseless(const char16_t* text1, unsigned int length1,
+                                    const char16_t* text2, unsigned int length2);
+
+// Lowest index at which `sought` stands in `text`, judged by TextCompare, or `npos`. An empty
+// sought text, or one longer than the text, is never found. A NUL inside `sought` ends what
+// has to match there, as it ends the compare.
+TESSERA_API unsigned int TextFind(const char* text, unsigned int length, const char* sought,
+                                  unsigned int soughtLength);
+TESSERA_API unsigned int TextFind(const char16_t* text, unsigned int length,
+                                  const char16_t* sought, unsigned int soughtLength);
+
+// As TextFind, judged by TextCompareCaseless.
+TESSERA_API unsigned int TextFindCaseless(const char* text, unsigned int length,
+                                          const char* sought, unsigned int soughtLength);
+TESSERA_API unsigned int TextFindCaseless(const char16_t* text, unsigned int length,
+                                          const char16_t* sought, unsigned int soughtLength);
+
+// Highest index at which `sought` stands in `text`, or `npos`. A last candidate index beyond
+// 0x7FFFFFFF gives `npos` without a search.
+TESSERA_API unsigned int TextRFind(const char* text, unsigned int length, const char* sought,
+                                   unsigned int soughtLength);
+TESSERA_API unsigned int TextRFind(const char16_t* text, unsigned int length,
+                                   const char16_t* sought, unsigned int soughtLength);
+
+// As TextRFind, judged by TextCompareCaseless.
+TESSERA_API unsigned int TextRFindCaseless(const char* text, unsigned int length,
+                                           const char* sought, unsigned int soughtLength);
+TESSERA_API unsigned int TextRFindCaseless(const char16_t* text, unsigned int length,
+                                           const char16_t* sought, unsigned int soughtLength);
+
+// Lowest index of a character of `text` that occurs in the set `chars`, or `npos`; an empty
+// text or set gives `npos`. With an explicit length a NUL is an ordinary member.
+TESSERA_API unsigned int TextFindFirstOf(const char* text, unsigned int length, const char* chars,
+                                         unsigned int charsLength);
+TESSERA_API unsigned int TextFindFirstOf(const char16_t* text, unsigned int length,
+                                         const char16_t* chars, unsigned int charsLength);
+
+// As TextFindFirstOf, with the character and the set folded as by TextCompareCaseless.
+TESSERA_API unsigned int TextFindFirstOfCaseless(const char* text, unsigned int length,
+                                                 const char* chars, unsigned int charsLength);
+TESSERA_API unsigned int TextFindFirstOfCaseless(const char16_t* text, unsigned int length,
+                                                 const char16_t* chars, unsigned int charsLength);
+
+}  // namespace Tessera
+
+#endif  // TESSERA_TEXT_TEXTCOMPARE_H
