@@ -1,28 +1,62 @@
 #include <tessera/memory/BitReader.h>
 
+#include <cstdint>
 #include <cstring>
 
 #include <plaint/Error.h>
 
-#include "tessera/memory/BitStreamDetail.h"
-
 namespace Tessera {
 
+namespace {
+
+[[noreturn]] void ThrowCapacityExceeded(const Plaint::Context& context) {
+  Plaint::LengthError error("buffer capacity exceeded", context);
+  throw error;
+}
+
+[[noreturn]] void ThrowTooManyBits(const Plaint::Context& context) {
+  Plaint::OutOfRange error("too many bits", context);
+  throw error;
+}
+
+// Bytes that hold a stream of `capacity` bits.
+std::uint32_t StreamBytes(std::uint32_t capacity) { return (capacity >> 3) + ((capacity & 7) != 0); }
+
+std::uint64_t LoadBigEndian64(const unsigned char* bytes) {
+  std::uint64_t word;
+  std::memcpy(&word, bytes, sizeof word);
+#if __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+  word = __builtin_bswap64(word);
+#endif
+  return word;
+}
+
+// The eight stream bits from bit `position` on, first bit highest. Off a byte boundary
+// they span two bytes, both inside the stream.
+unsigned char ByteAt(const unsigned char* data, std::uint32_t position) {
+  const unsigned int phase = position & 7;
+  const unsigned char* byte = data + (position >> 3);
+  if (phase == 0) return *byte;
+  return static_cast<unsigned char>((byte[0] << phase) | (byte[1] >> (8 - phase)));
+}
+
+}  // namespace
+
 bool BitReader::ReadBit() {
-  if (position_ == capacity_) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBit"));
+  if (position_ == capacity_) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBit"));
   return ReadBitExec();
 }
 
 unsigned int BitReader::ReadBits(unsigned int count) {
   if (count == 0) return 0;
-  if (count > 32) detail::ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
+  if (count > 32) ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
   // At most five bytes hold the bits; take eight at once where the stream has them.
   const std::uint32_t first = position_ >> 3;
   const unsigned int phase = position_ & 7;
   std::uint64_t window;
-  if (detail::StreamBytes(capacity_) - first >= 8) {
-    window = detail::LoadBigEndian64(data_ + first);
+  if (StreamBytes(capacity_) - first >= 8) {
+    window = LoadBigEndian64(data_ + first);
   } else {
     window = 0;
     const unsigned int bytes = (phase + count + 7) >> 3;
@@ -33,7 +67,7 @@ unsigned int BitReader::ReadBits(unsigned int count) {
 }
 
 void BitReader::ReadData(void* target, unsigned int count, unsigned int offset) {
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadData"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadData"));
   if (count == 0) return;
   unsigned char* cursor = static_cast<unsigned char*>(target) + (offset >> 3);
   const std::int32_t phase = static_cast<std::int32_t>(offset & 7);
@@ -54,7 +88,7 @@ void BitReader::ReadData(void* target, unsigned int count, unsigned int offset) 
 }
 
 void BitReader::SkipBits(unsigned int count) {
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::SkipBits"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::SkipBits"));
   position_ += count;
 }
 
@@ -72,7 +106,7 @@ void BitReader::ReadUnaligned(unsigned char* target, unsigned int count, std::in
     }
   }
   for (; count >= 8; count -= 8) {
-    *target++ = detail::ByteAt(data_, position_);
+    *target++ = ByteAt(data_, position_);
     position_ += 8;
   }
   for (unsigned int mask = 0x80u; count != 0; --count, mask >>= 1) {

@@ -4,33 +4,31 @@
 
 #include <plaint/Error.h>
 
-#include "tessera/memory/BitStreamDetail.h"
-
 namespace Tessera {
 
-namespace detail {
+namespace {
 
-void ThrowCapacityExceeded(const Plaint::Context& context) {
+[[noreturn]] void ThrowCapacityExceeded(const Plaint::Context& context) {
   Plaint::LengthError error("buffer capacity exceeded", context);
   throw error;
 }
 
-void ThrowTooManyBits(const Plaint::Context& context) {
+[[noreturn]] void ThrowTooManyBits(const Plaint::Context& context) {
   Plaint::OutOfRange error("too many bits", context);
   throw error;
 }
 
-}  // namespace detail
+}  // namespace
 
 void BitWriter::WriteBit(bool bit) {
-  if (position_ == capacity_) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBit"));
+  if (position_ == capacity_) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBit"));
   WriteBitExec(bit);
 }
 
 void BitWriter::WriteBits(unsigned int count, unsigned int value) {
   if (count == 0) return;
-  if (count > 32) detail::ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
+  if (count > 32) ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
   // Merge the bits into the (at most five) bytes they touch; the bits around stay.
   const unsigned int phase = position_ & 7;
   const std::uint64_t bits = (std::uint64_t{value} << (64 - count)) >> phase;
@@ -48,12 +46,12 @@ void BitWriter::WriteBits(unsigned int count, unsigned int value) {
 void BitWriter::WriteBits(const char* bits, unsigned int count) {
   if (count == 0xFFFFFFFFu) count = static_cast<unsigned int>(std::strlen(bits));
   if (count == 0) return;
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
   for (unsigned int i = 0; i < count; ++i) WriteBitExec(bits[i] != '0');
 }
 
 void BitWriter::WriteData(const void* source, unsigned int count, unsigned int offset) {
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteData"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteData"));
   if (count == 0) return;
   const unsigned char* cursor = static_cast<const unsigned char*>(source) + (offset >> 3);
   const std::int32_t phase = static_cast<std::int32_t>(offset & 7);
@@ -74,7 +72,7 @@ void BitWriter::WriteData(const void* source, unsigned int count, unsigned int o
 }
 
 void BitWriter::SkipBits(unsigned int count) {
-  if (!HasRoom(count)) detail::ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::SkipBits"));
+  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::SkipBits"));
   position_ += count;
 }
 
