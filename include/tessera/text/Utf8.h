@@ -1,0 +1,41 @@
+// Strict conversion between UTF-8 and UTF-16 (`char16_t` code units), independent of any
+// locale or code page. Exactly the well-formed sequences of the Unicode Standard pass:
+// overlong forms, encoded surrogates, values above U+10FFFF, 5- and 6-byte forms and unpaired
+// surrogates are refused, never replaced or skipped. A byte order mark is an ordinary
+// character. A length of `npos` means the text ends at its first NUL; with an explicit length
+// a NUL is U+0000 and passes through.
+#ifndef TESSERA_TEXT_UTF8_H
+#define TESSERA_TEXT_UTF8_H
+
+#include <string>
+
+#include <tessera/Export.h>
+#include <tessera/frame/Library.h>
+
+namespace Tessera {
+
+// Decodes the first character of the UTF-8 `text` into `out` and gives the number of bytes it
+// took, or 0. The decoder runs on into what follows, so the result is 0 also when an
+// incomplete or invalid sequence stands directly behind the first character (`out` then holds
+// that character). A first character beyond U+FFFF doesn't fit one unit: 0, `out` unchanged;
+// so for an empty text.
+TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned int length);
+
+// Replaces `out` with the UTF-16 form of the UTF-8 `text`. Throws TextConversionError
+// ("unable to widen incomplete UTF-8 sequence" for a sequence cut off by the end of the text,
+// "unable to widen invalid UTF-8 sequence" otherwise); `out` then holds the characters before
+// the offending sequence.
+TESSERA_API void TextWidenUtf8(const char* text, unsigned int length, std::u16string& out);
+
+// Replaces `out` with the UTF-8 form of the UTF-16 `text`. Throws TextConversionError ("unable
+// to narrow incomplete Unicode sequence" for a high surrogate that ends the text, "unable to
+// narrow invalid Unicode sequence" for any other unpaired surrogate); `out` then holds the
+// characters before it, never part of one.
+TESSERA_API void TextNarrowUtf8(const char16_t* text, unsigned int length, std::string& out);
+
+// True if the process's narrow character encoding (the codeset of its locale) is UTF-8.
+TESSERA_API bool IsDefaultCharsetUtf8();
+
+}  // namespace Tessera
+
+#endif  // TESSERA_TEXT_UTF8_H
