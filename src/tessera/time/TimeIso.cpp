@@ -4,6 +4,9 @@
 #include <iomanip>
 #include <ostream>
 
+#include <tessera/text/StringTokenizer.h>
+#include <tessera/text/TextNumeric.h>
+
 #include "TimeText.h"
 
 namespace Tessera {
@@ -29,7 +32,120 @@ Zone ZoneOf(const Time& time) {
   return zone;
 }
 
+// Exactly `count` characters as a decimal field.
+bool Field(const char* text, unsigned int count, unsigned short& value) {
+  return TextNumeric<char, unsigned short>(text, count, value, 10);
+}
+
+bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+bool StartsZone(char c) { return c == 'Z' || c == 'z' || c == '+' || c == '-'; }
+
+// A cursor over one token.
+struct Cursor {
+  const char* text;
+  unsigned int left;
+
+  void Step(unsigned int count) {
+    text += count;
+    left -= count;
+  }
+  bool StepOver(char c) {
+    if (left == 0 || *text != c) return false;
+    Step(1);
+    return true;
+  }
+};
+
+struct IsoZone {
+  short hours = 0;
+  short minutes = 0;
+};
+
+// "YYYY[-]MM[-]DD".
+bool ParseIsoDate(Cursor date, Win32::SYSTEMTIME& fields) {
+  if (date.left < 8 || !Field(date.text, 4, fields.wYear)) return false;
+  date.Step(4);
+  date.StepOver('-');
+  if (!Field(date.text, 2, fields.wMonth) || fields.wMonth < 1 || fields.wMonth > 12) return false;
+  date.Step(2);
+  date.StepOver('-');
+  return date.left == 2 && Field(date.text, 2, fields.wDay) && fields.wDay >= 1 && fields.wDay <= 31;
+}
+
+// "Z", or a sign, two hour digits and optionally "[:]mm"; other text behind the hours is
+// ignored unless a ":" announced the minutes.
+bool ParseIsoZone(Cursor zone, IsoZone& result) {
+  if (zone.left == 0) return true;
+  if (zone.left == 1) return *zone.text == 'Z' || *zone.text == 'z';
+  const bool negative = *zone.text == '-';
+  if (!negative && *zone.text != '+') return false;
+  zone.Step(1);
+  short hours = 0;
+  if (zone.left < 2 || !TextNumeric<char, short>(zone.text, 2, hours, 10) || hours < 0) return false;
+  result.hours = static_cast<short>(negative ? -hours : hours);
+  zone.Step(2);
+  if (zone.left == 0) return true;
+  const bool colon = zone.StepOver(':');
+  short minutes = 0;
+  if (zone.left == 2 && TextNumeric<char, short>(zone.text, 2, minutes, 10)) {
+    if (minutes < 0 || minutes > 59) return false;
+    result.minutes = static_cast<short>(negative ? -minutes : minutes);
+    return true;
+  }
+  return !colon;
+}
+
+// "hh[:]mm[[:]ss[[.]fff...]][zone]". The seconds are two plain digits, so that a zone may
+// follow the minutes or the seconds directly ("12:34+05:00", "123456Z").
+bool ParseIsoClock(Cursor clock, Win32::SYSTEMTIME& fields, IsoZone& zone) {
+  if (clock.left < 2 || !Field(clock.text, 2, fields.wHour) || fields.wHour > 23) return false;
+  clock.Step(2);
+  if (clock.left < 1) return false;  // an hour alone is no time
+  clock.StepOver(':');
+  if (clock.left < 2 || !Field(clock.text, 2, fields.wMinute) || fields.wMinute > 59) return false;
+  clock.Step(2);
+  if (clock.left == 0) return true;
+  const bool colon = clock.StepOver(':');
+  if (clock.left < 2 || !IsDigit(clock.text[0]) || !IsDigit(clock.text[1])) {
+    return !colon && ParseIsoZone(clock, zone);
+  }
+  fields.wSecond = static_cast<unsigned short>((clock.text[0] - '0') * 10 + (clock.text[1] - '0'));
+  if (fields.wSecond > 60) return false;  // 60 is left for the calendar to refuse
+  clock.Step(2);
+  if (clock.left == 0) return true;
+  const bool dot = clock.StepOver('.');
+  unsigned int fraction = 0;
+  while (fraction < clock.left && !StartsZone(clock.text[fraction])) ++fraction;
+  if (fraction == 0) {
+    if (dot) return false;
+  } else {
+    // Digits past the third are skipped unread: cut, not rounded.
+    const unsigned int digits = fraction < 3 ? fraction : 3;
+    unsigned short value = 0;
+    if (!Field(clock.text, digits, value)) return false;
+    fields.wMilliseconds = static_cast<unsigned short>(value * (digits == 1 ? 100 : digits == 2 ? 10 : 1));
+  }
+  clock.Step(fraction);
+  return ParseIsoZone(clock, zone);
+}
+
 }  // namespace
+
+bool Time::ParseIso(const std::string& text) {
+  Win32::SYSTEMTIME fields{};
+  IsoZone zone;
+  BasicStringTokenizer<char> tokens(text.data(), static_cast<unsigned int>(text.size()), "T_ ",
+                                    DelimitModeAnyOf);
+  const char* token = nullptr;
+  unsigned int length = 0;
+  if (!tokens.Next(token, length) || !ParseIsoDate(Cursor{token, length}, fields)) return false;
+  if (tokens.Next(token, length) && !ParseIsoClock(Cursor{token, length}, fields, zone)) return false;
+  if (!SetSystemTime(fields, TimeKind::Utc)) return false;
+  *this -= TimeSpan(zone.hours * TimeSpan::hour.GetTicks());
+  *this -= TimeSpan(zone.minutes * TimeSpan::minute.GetTicks());
+  return true;
+}
 
 void Time::OutputIso(std::ostream& stream, std::int32_t flags) const {
   Win32::SYSTEMTIME fields{};
