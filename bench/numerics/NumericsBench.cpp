@@ -101,3 +101,4 @@ void BM_DoubleSqrt(benchmark::State& state) {
 BENCHMARK(BM_DoubleSqrt);
 
 }  // namespace
+BENCHMARK_MAIN();

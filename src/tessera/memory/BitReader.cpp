@@ -75,11 +75,14 @@ void BitReader::ReadData(void* target, unsigned int count, unsigned int offset) 
     ReadUnaligned(cursor, count, phase);
     return;
   }
-  const unsigned int head = count < 8u - phase ? count : 8u - phase;
-  ReadUnaligned(cursor, head, phase);
-  if (head == count) return;
-  ++cursor;
-  count -= head;
+  // With both phases 0 the head is a whole byte, which the copy below takes as well.
+  if (phase != 0) {
+    const unsigned int head = count < 8u - phase ? count : 8u - phase;
+    ReadUnaligned(cursor, head, phase);
+    if (head == count) return;
+    ++cursor;
+    count -= head;
+  }
   const unsigned int bytes = count >> 3;
   std::memcpy(cursor, data_ + (position_ >> 3), bytes);
   cursor += bytes;
@@ -104,6 +107,14 @@ void BitReader::ReadUnaligned(unsigned char* target, unsigned int count, std::in
         break;
       }
     }
+  }
+  // Seven bytes at a time while eight stream bytes can be loaded.
+  const std::uint32_t streamBytes = StreamBytes(capacity_);
+  for (; count >= 56 && streamBytes - (position_ >> 3) >= 8; count -= 56) {
+    const std::uint64_t window = LoadBigEndian64(data_ + (position_ >> 3)) << (position_ & 7);
+    for (unsigned int i = 0; i < 7; ++i) target[i] = static_cast<unsigned char>(window >> (56 - 8 * i));
+    target += 7;
+    position_ += 56;
   }
   for (; count >= 8; count -= 8) {
     *target++ = ByteAt(data_, position_);

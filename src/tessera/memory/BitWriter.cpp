@@ -59,11 +59,14 @@ void BitWriter::WriteData(const void* source, unsigned int count, unsigned int o
     WriteUnaligned(cursor, count, phase);
     return;
   }
-  const unsigned int head = count < 8u - phase ? count : 8u - phase;
-  WriteUnaligned(cursor, head, phase);
-  if (head == count) return;
-  ++cursor;
-  count -= head;
+  // With both phases 0 the head is a whole byte, which the copy below takes as well.
+  if (phase != 0) {
+    const unsigned int head = count < 8u - phase ? count : 8u - phase;
+    WriteUnaligned(cursor, head, phase);
+    if (head == count) return;
+    ++cursor;
+    count -= head;
+  }
   const unsigned int bytes = count >> 3;
   std::memcpy(data_ + (position_ >> 3), cursor, bytes);
   cursor += bytes;
