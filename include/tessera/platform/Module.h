@@ -18,7 +18,7 @@ class TESSERA_API Module {
   // The dlopen handle of a module (Win32::HMODULE).
   using Handle = void*;
 
-  enum AccessMode {
+  enum AccessMode : unsigned int {
     AccessOpen = 0,  // as Open; every mode but 1 means this
     AccessLoad = 1,  // as Load
   };
