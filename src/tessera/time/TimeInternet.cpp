@@ -28,6 +28,14 @@ const ZoneName zoneNames[] = {{"UT", 0},   {"UTC", 0},  {"GMT", 0},  {"EST", -5}
                               {"EDT", -4}, {"CST", -6}, {"CDT", -5}, {"MST", -7},
                               {"MDT", -6}, {"PST", -8}, {"PDT", -7}};
 
+constexpr std::uint32_t monthKeys[12] = {
+    detail::Key3("Jan"), detail::Key3("Feb"), detail::Key3("Mar"), detail::Key3("Apr"),
+    detail::Key3("May"), detail::Key3("Jun"), detail::Key3("Jul"), detail::Key3("Aug"),
+    detail::Key3("Sep"), detail::Key3("Oct"), detail::Key3("Nov"), detail::Key3("Dec")};
+constexpr std::uint32_t shortDayKeys[7] = {detail::Key3("Sun"), detail::Key3("Mon"), detail::Key3("Tue"),
+                                           detail::Key3("Wed"), detail::Key3("Thu"), detail::Key3("Fri"),
+                                           detail::Key3("Sat")};
+
 using Tokenizer = BasicStringTokenizer<char>;
 
 // The calendar fields of a tick count, for any year the count can reach. Within 1970 to
@@ -41,23 +49,20 @@ Win32::SYSTEMTIME FieldsOf(std::uint64_t ticks) {
   return fields;
 }
 
-void PutClock(detail::TextBuffer& text, const Win32::SYSTEMTIME& fields) {
-  text.Two(fields.wHour);
-  text.Put(':');
-  text.Two(fields.wMinute);
-  text.Put(':');
-  text.Two(fields.wSecond);
+char* PutClock(char* out, const Win32::SYSTEMTIME& fields) {
+  out = detail::PutTwo(out, fields.wHour);
+  out = detail::Put(out, ':');
+  out = detail::PutTwo(out, fields.wMinute);
+  out = detail::Put(out, ':');
+  return detail::PutTwo(out, fields.wSecond);
 }
 
 // "GMT" for zero when wanted, otherwise a sign and the value hours*100+minutes in four
 // digits: -0530 for five and a half hours west, -0030 for half an hour.
-void PutZone(detail::TextBuffer& text, std::int64_t zone, bool gmtForZero) {
-  if (zone == 0 && gmtForZero) {
-    text.Put("GMT", 3);
-    return;
-  }
-  text.Put(zone < 0 ? '-' : '+');
-  text.Number(static_cast<std::uint64_t>(zone < 0 ? -zone : zone), 4);
+char* PutZone(char* out, std::int64_t zone, bool gmtForZero) {
+  if (zone == 0 && gmtForZero) return detail::Put(out, "GMT", 3);
+  out = detail::Put(out, zone < 0 ? '-' : '+');
+  return detail::PutNumber(out, static_cast<std::uint64_t>(zone < 0 ? -zone : zone), 4);
 }
 
 std::int64_t ZoneValue(const Time& time) {
@@ -67,29 +72,22 @@ std::int64_t ZoneValue(const Time& time) {
   return static_cast<std::int64_t>(hours) * 100 + minutes;
 }
 
-void PutName(detail::TextBuffer& text, const char* name) {
-  text.Put(name, static_cast<unsigned>(std::strlen(name)));
-}
-
 void FormatRfc822Fields(std::string& out, const Win32::SYSTEMTIME& fields, std::int64_t zone,
                         std::int32_t flags) {
-  detail::TextBuffer text;
-  text.Put(shortDayNames[fields.wDayOfWeek], 3);
-  text.Put(", ", 2);
-  text.Number(fields.wDay, 1);
-  text.Put(' ');
-  text.Put(monthNames[fields.wMonth - 1], 3);
-  text.Put(' ');
-  if ((flags & TimeFormatTwoDigitYear) != 0) {
-    text.Two(fields.wYear % 100u);
-  } else {
-    text.Number(fields.wYear, 4);
-  }
-  text.Put(' ');
-  PutClock(text, fields);
-  text.Put(' ');
-  PutZone(text, zone, (flags & TimeFormatGmtZone) != 0);
-  text.AssignTo(out);
+  char buffer[detail::textBufferSize];
+  char* end = detail::Put(buffer, shortDayNames[fields.wDayOfWeek], 3);
+  end = detail::Put(end, ", ", 2);
+  end = fields.wDay < 10 ? detail::Put(end, static_cast<char>('0' + fields.wDay)) : detail::PutTwo(end, fields.wDay);
+  end = detail::Put(end, ' ');
+  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, ' ');
+  end = (flags & TimeFormatTwoDigitYear) != 0 ? detail::PutTwo(end, fields.wYear % 100u)
+                                              : detail::PutFour(end, fields.wYear);
+  end = detail::Put(end, ' ');
+  end = PutClock(end, fields);
+  end = detail::Put(end, ' ');
+  end = PutZone(end, zone, (flags & TimeFormatGmtZone) != 0);
+  detail::Assign(out, buffer, end);
 }
 
 // The next token under the tokenizer's delimiter, read whole as a decimal int.
@@ -101,12 +99,12 @@ bool ReadNumber(Tokenizer& tokens, int& value) {
 
 int ExpandTwoDigitYear(int year) { return year >= 50 ? year + 1900 : year + 2000; }
 
-// A 3-letter name out of `names`, as the next token.
-bool ReadShortName(Tokenizer& tokens, const char* const* names, int count, int& index) {
+// A 3-letter name, as the next token, out of names given by their keys.
+bool ReadShortName(Tokenizer& tokens, const std::uint32_t* keys, int count, int& index) {
   const char* token = nullptr;
   unsigned int length = 0;
   if (!tokens.Next(token, length) || length != 3) return false;
-  index = detail::MatchName(token, length, names, count);
+  index = detail::MatchKey3(token, keys, count);
   return index >= 0;
 }
 
@@ -168,6 +166,18 @@ bool ParseZone(const char* token, unsigned int length, int& hours, int& minutes)
   return false;
 }
 
+// Sets the parsed fields and takes the zone off; false when the calendar refuses them.
+bool SetUtc(Time& time, int year, int month, int day, const Clock& clock, int zoneHours, int zoneMinutes) {
+  if (!time.Set(static_cast<unsigned int>(year), static_cast<unsigned int>(month), static_cast<unsigned int>(day),
+                static_cast<unsigned int>(clock.hours), static_cast<unsigned int>(clock.minutes),
+                static_cast<unsigned int>(clock.seconds), 0, TimeKind::Utc)) {
+    return false;
+  }
+  time -= TimeSpan(zoneHours * TimeSpan::hour.GetTicks());
+  time -= TimeSpan(zoneMinutes * TimeSpan::minute.GetTicks());
+  return true;
+}
+
 // Year, clock and zone, common to RFC 822 and RFC 850; the tokenizer's delimiter is blank
 // and tab. The object is touched only once the calendar has accepted the fields.
 bool ParseYearClockZone(Tokenizer& tokens, int day, int month, Time& time) {
@@ -181,19 +191,57 @@ bool ParseYearClockZone(Tokenizer& tokens, int day, int month, Time& time) {
   int zoneHours = 0;
   int zoneMinutes = 0;
   if (tokens.Next(token, length) && !ParseZone(token, length, zoneHours, zoneMinutes)) return false;
-  if (!time.Set(static_cast<unsigned int>(year), static_cast<unsigned int>(month), static_cast<unsigned int>(day),
-           static_cast<unsigned int>(clock.hours), static_cast<unsigned int>(clock.minutes),
-           static_cast<unsigned int>(clock.seconds), 0, TimeKind::Utc)) {
+  return SetUtc(time, year, month, day, clock, zoneHours, zoneMinutes);
+}
+
+int TwoDigits(const char* text) { return (text[0] - '0') * 10 + (text[1] - '0'); }
+
+// The layout that HTTP writes, "Www, D[D] Mmm YYYY hh:mm:ss[ zone[ anything]]" with single
+// blanks, read straight off the text. Each field is what the tokenizer-driven reading would
+// give for such a text, so a true result is that reading's result; on false nothing is
+// touched, and the general reading decides.
+bool ParseRfc1123Layout(const std::string& text, Time& time) {
+  const char* p = text.data();
+  const std::size_t size = text.size();
+  if (size < 24 || p[3] != ',' || p[4] != ' ' || !detail::IsDigit(p[5])) return false;
+  if (detail::MatchKey3(p, shortDayKeys, 7) < 0) return false;
+  std::size_t at = 6;
+  int day = p[5] - '0';
+  if (detail::IsDigit(p[at])) day = day * 10 + (p[at++] - '0');
+  if (size < at + 18 || p[at] != ' ' || p[at + 4] != ' ' || p[at + 9] != ' ') return false;
+  const int month = detail::MatchKey3(p + at + 1, monthKeys, 12);
+  const char* y = p + at + 5;
+  const char* c = p + at + 10;
+  if (month < 0 || !detail::IsDigit(y[0]) || !detail::IsDigit(y[1]) || !detail::IsDigit(y[2]) ||
+      !detail::IsDigit(y[3]) || c[2] != ':' || c[5] != ':') {
     return false;
   }
-  time -= TimeSpan(zoneHours * TimeSpan::hour.GetTicks());
-  time -= TimeSpan(zoneMinutes * TimeSpan::minute.GetTicks());
-  return true;
+  for (const int i : {0, 1, 3, 4, 6, 7}) {
+    if (!detail::IsDigit(c[i])) return false;
+  }
+  int year = TwoDigits(y) * 100 + TwoDigits(y + 2);
+  if (year < 100) year = ExpandTwoDigitYear(year);
+  Clock clock;
+  clock.hours = TwoDigits(c);
+  clock.minutes = TwoDigits(c + 3);
+  clock.seconds = TwoDigits(c + 6);
+  if (day < 1 || day > 31 || clock.hours > 23 || clock.minutes > 59 || clock.seconds > 60) return false;
+  at += 18;
+  int zoneHours = 0;
+  int zoneMinutes = 0;
+  if (at < size) {
+    if (p[at] != ' ' || at + 1 == size || p[at + 1] == ' ' || p[at + 1] == '\t') return false;
+    std::size_t end = at + 1;
+    while (end < size && p[end] != ' ' && p[end] != '\t') ++end;
+    if (!ParseZone(p + at + 1, static_cast<unsigned int>(end - at - 1), zoneHours, zoneMinutes)) return false;
+  }
+  return SetUtc(time, year, month + 1, day, clock, zoneHours, zoneMinutes);
 }
 
 }  // namespace
 
 bool Time::ParseRfc822(const std::string& text) {
+  if (ParseRfc1123Layout(text, *this)) return true;
   Tokenizer tokens(text.data(), static_cast<unsigned int>(text.size()), " \t,", DelimitModeAnyOf);
   const char* word = nullptr;
   unsigned int wordLength = 0;
@@ -204,7 +252,7 @@ bool Time::ParseRfc822(const std::string& text) {
   unsigned int runLength = 0;
   if (!tokens.Next(run, runLength)) return false;
   if (std::memchr(run, ',', runLength) != nullptr) {
-    if (wordLength != 3 || detail::MatchName(word, wordLength, shortDayNames, 7) < 0) return false;
+    if (wordLength != 3 || detail::MatchKey3(word, shortDayKeys, 7) < 0) return false;
   } else {
     tokens.SetPosition(0);
   }
@@ -212,7 +260,7 @@ bool Time::ParseRfc822(const std::string& text) {
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthNames, 12, month)) return false;
+  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
   return ParseYearClockZone(tokens, day, month + 1, *this);
 }
 
@@ -226,7 +274,7 @@ bool Time::ParseRfc850(const std::string& text) {
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthNames, 12, month)) return false;
+  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
   tokens.SkipDelimitersAndSet(" \t");
   return ParseYearClockZone(tokens, day, month + 1, *this);
 }
@@ -234,9 +282,9 @@ bool Time::ParseRfc850(const std::string& text) {
 bool Time::ParseAscTime(const std::string& text) {
   Tokenizer tokens(text.data(), static_cast<unsigned int>(text.size()), " \t", DelimitModeAnyOf);
   int weekday = 0;
-  if (!ReadShortName(tokens, shortDayNames, 7, weekday)) return false;
+  if (!ReadShortName(tokens, shortDayKeys, 7, weekday)) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthNames, 12, month)) return false;
+  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   const char* token = nullptr;
@@ -246,9 +294,7 @@ bool Time::ParseAscTime(const std::string& text) {
   int year = 0;
   if (!ReadNumber(tokens, year)) return false;
   if (year < 100) year = ExpandTwoDigitYear(year);
-  return Set(static_cast<unsigned int>(year), static_cast<unsigned int>(month + 1), static_cast<unsigned int>(day),
-             static_cast<unsigned int>(clock.hours), static_cast<unsigned int>(clock.minutes),
-             static_cast<unsigned int>(clock.seconds), 0, TimeKind::Utc);
+  return SetUtc(*this, year, month + 1, day, clock, 0, 0);
 }
 
 bool Time::ParseHttp(const std::string& text) {
@@ -267,34 +313,35 @@ void Time::FormatHttp(std::string& out) const {
 
 void Time::FormatRfc850(std::string& out) const {
   const Win32::SYSTEMTIME fields = FieldsOf(Ticks());
-  detail::TextBuffer text;
-  PutName(text, longDayNames[fields.wDayOfWeek]);
-  text.Put(", ", 2);
-  text.Two(fields.wDay);
-  text.Put('-');
-  text.Put(monthNames[fields.wMonth - 1], 3);
-  text.Put('-');
-  text.Two(fields.wYear % 100u);
-  text.Put(' ');
-  PutClock(text, fields);
-  text.Put(' ');
-  PutZone(text, ZoneValue(*this), true);
-  text.AssignTo(out);
+  char buffer[detail::textBufferSize];
+  const char* name = longDayNames[fields.wDayOfWeek];
+  char* end = detail::Put(buffer, name, static_cast<unsigned>(std::strlen(name)));
+  end = detail::Put(end, ", ", 2);
+  end = detail::PutTwo(end, fields.wDay);
+  end = detail::Put(end, '-');
+  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, '-');
+  end = detail::PutTwo(end, fields.wYear % 100u);
+  end = detail::Put(end, ' ');
+  end = PutClock(end, fields);
+  end = detail::Put(end, ' ');
+  end = PutZone(end, ZoneValue(*this), true);
+  detail::Assign(out, buffer, end);
 }
 
 void Time::FormatAscTime(std::string& out) const {
   const Win32::SYSTEMTIME fields = FieldsOf(Ticks());
-  detail::TextBuffer text;
-  text.Put(shortDayNames[fields.wDayOfWeek], 3);
-  text.Put(' ');
-  text.Put(monthNames[fields.wMonth - 1], 3);
-  text.Put(' ');
-  text.Two(fields.wDay);
-  text.Put(' ');
-  PutClock(text, fields);
-  text.Put(' ');
-  text.Number(fields.wYear, 4);
-  text.AssignTo(out);
+  char buffer[detail::textBufferSize];
+  char* end = detail::Put(buffer, shortDayNames[fields.wDayOfWeek], 3);
+  end = detail::Put(end, ' ');
+  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, ' ');
+  end = detail::PutTwo(end, fields.wDay);
+  end = detail::Put(end, ' ');
+  end = PutClock(end, fields);
+  end = detail::Put(end, ' ');
+  end = detail::PutFour(end, fields.wYear);
+  detail::Assign(out, buffer, end);
 }
 
 }  // namespace Tessera

@@ -32,12 +32,11 @@ Zone ZoneOf(const Time& time) {
   return zone;
 }
 
-// Exactly `count` characters as a decimal field.
 bool Field(const char* text, unsigned int count, unsigned short& value) {
-  return TextNumeric<char, unsigned short>(text, count, value, 10);
+  return detail::ReadField(text, count, value);
 }
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+using detail::IsDigit;
 
 bool StartsZone(char c) { return c == 'Z' || c == 'z' || c == '+' || c == '-'; }
 
@@ -82,13 +81,13 @@ bool ParseIsoZone(Cursor zone, IsoZone& result) {
   if (!negative && *zone.text != '+') return false;
   zone.Step(1);
   short hours = 0;
-  if (zone.left < 2 || !TextNumeric<char, short>(zone.text, 2, hours, 10) || hours < 0) return false;
+  if (zone.left < 2 || !detail::ReadField(zone.text, 2, hours) || hours < 0) return false;
   result.hours = static_cast<short>(negative ? -hours : hours);
   zone.Step(2);
   if (zone.left == 0) return true;
   const bool colon = zone.StepOver(':');
   short minutes = 0;
-  if (zone.left == 2 && TextNumeric<char, short>(zone.text, 2, minutes, 10)) {
+  if (zone.left == 2 && detail::ReadField(zone.text, 2, minutes)) {
     if (minutes < 0 || minutes > 59) return false;
     result.minutes = static_cast<short>(negative ? -minutes : minutes);
     return true;
@@ -130,20 +129,53 @@ bool ParseIsoClock(Cursor clock, Win32::SYSTEMTIME& fields, IsoZone& zone) {
   return ParseIsoZone(clock, zone);
 }
 
+bool IsSeparator(char c) { return c == 'T' || c == '_' || c == ' '; }
+
+// The date and time tokens, as the tokenizer would give them, when the text starts with
+// the date and one separator stands before the time. False for any other layout.
+bool SplitSimple(const std::string& text, Cursor& date, Cursor& clock) {
+  const char* p = text.data();
+  const std::size_t size = text.size();
+  std::size_t at = 0;
+  // The extended date is the usual start: its digits and dashes are no separators.
+  if (size >= 10 && p[4] == '-' && p[7] == '-' && IsDigit(p[0]) && IsDigit(p[1]) && IsDigit(p[2]) &&
+      IsDigit(p[3]) && IsDigit(p[5]) && IsDigit(p[6]) && IsDigit(p[8]) && IsDigit(p[9])) {
+    at = 10;
+  } else if (size == 0 || IsSeparator(p[0])) {
+    return false;
+  }
+  while (at < size && !IsSeparator(p[at])) ++at;
+  date = Cursor{p, static_cast<unsigned int>(at)};
+  clock = Cursor{p + at, 0};
+  if (at == size) return true;
+  if (++at == size || IsSeparator(p[at])) return false;
+  const std::size_t start = at;
+  while (at < size && !IsSeparator(p[at])) ++at;
+  clock = Cursor{p + start, static_cast<unsigned int>(at - start)};
+  return true;
+}
+
 }  // namespace
 
 bool Time::ParseIso(const std::string& text) {
+  Cursor date{nullptr, 0};
+  Cursor clock{nullptr, 0};
+  if (!SplitSimple(text, date, clock)) {
+    BasicStringTokenizer<char> tokens(text.data(), static_cast<unsigned int>(text.size()), "T_ ",
+                                      DelimitModeAnyOf);
+    const char* token = nullptr;
+    unsigned int length = 0;
+    if (!tokens.Next(token, length)) return false;
+    date = Cursor{token, length};
+    if (tokens.Next(token, length)) clock = Cursor{token, length};  // never empty
+  }
   Win32::SYSTEMTIME fields{};
   IsoZone zone;
-  BasicStringTokenizer<char> tokens(text.data(), static_cast<unsigned int>(text.size()), "T_ ",
-                                    DelimitModeAnyOf);
-  const char* token = nullptr;
-  unsigned int length = 0;
-  if (!tokens.Next(token, length) || !ParseIsoDate(Cursor{token, length}, fields)) return false;
-  if (tokens.Next(token, length) && !ParseIsoClock(Cursor{token, length}, fields, zone)) return false;
+  if (!ParseIsoDate(date, fields)) return false;
+  if (clock.left != 0 && !ParseIsoClock(clock, fields, zone)) return false;
   if (!SetSystemTime(fields, TimeKind::Utc)) return false;
-  *this -= TimeSpan(zone.hours * TimeSpan::hour.GetTicks());
-  *this -= TimeSpan(zone.minutes * TimeSpan::minute.GetTicks());
+  if (zone.hours != 0) *this -= TimeSpan(zone.hours * TimeSpan::hour.GetTicks());
+  if (zone.minutes != 0) *this -= TimeSpan(zone.minutes * TimeSpan::minute.GetTicks());
   return true;
 }
 
@@ -184,42 +216,43 @@ void Time::FormatIso(std::string& out, std::int32_t flags) const {
   Win32::SYSTEMTIME fields{};
   Render(fields);
   const bool compact = (flags & TimeFormatCompact) != 0;
-  detail::TextBuffer text;
+  char buffer[detail::textBufferSize];
+  char* end = buffer;
   if ((flags & TimeFormatNoDate) == 0) {
-    text.Number(fields.wYear, 4);
-    if (!compact) text.Put('-');
-    text.Two(fields.wMonth);
-    if (!compact) text.Put('-');
-    text.Two(fields.wDay);
-    if ((flags & TimeFormatNoTime) == 0) text.Put((flags & TimeFormatSpaceSeparator) != 0 ? ' ' : 'T');
+    end = detail::PutFour(end, fields.wYear);
+    if (!compact) end = detail::Put(end, '-');
+    end = detail::PutTwo(end, fields.wMonth);
+    if (!compact) end = detail::Put(end, '-');
+    end = detail::PutTwo(end, fields.wDay);
+    if ((flags & TimeFormatNoTime) == 0) end = detail::Put(end, (flags & TimeFormatSpaceSeparator) != 0 ? ' ' : 'T');
   }
   if ((flags & TimeFormatNoTime) == 0) {
-    text.Two(fields.wHour);
-    if (!compact) text.Put(':');
-    text.Two(fields.wMinute);
+    end = detail::PutTwo(end, fields.wHour);
+    if (!compact) end = detail::Put(end, ':');
+    end = detail::PutTwo(end, fields.wMinute);
     if ((flags & TimeFormatNoSeconds) == 0) {
-      if (!compact) text.Put(':');
-      text.Two(fields.wSecond);
+      if (!compact) end = detail::Put(end, ':');
+      end = detail::PutTwo(end, fields.wSecond);
       if ((flags & TimeFormatNoFraction) == 0) {
-        text.Put('.');
-        text.Number(fields.wMilliseconds, 3);
+        end = detail::Put(end, '.');
+        end = detail::PutThree(end, fields.wMilliseconds);
       }
     }
     if ((flags & TimeFormatNoZone) == 0) {
       const Zone zone = ZoneOf(*this);
       if (zone.utc) {
-        text.Put('Z');
+        end = detail::Put(end, 'Z');
       } else {
-        text.Put(zone.negative ? '-' : '+');
-        text.Number(static_cast<unsigned>(zone.hours), 2);
+        end = detail::Put(end, zone.negative ? '-' : '+');
+        end = detail::PutTwo(end, static_cast<unsigned>(zone.hours));
         if (zone.minutes != 0 || (flags & TimeFormatShortZone) == 0) {
-          text.Put(':');
-          text.Number(static_cast<unsigned>(zone.minutes), 2);
+          end = detail::Put(end, ':');
+          end = detail::PutTwo(end, static_cast<unsigned>(zone.minutes));
         }
       }
     }
   }
-  text.AssignTo(out);
+  detail::Assign(out, buffer, end);
 }
 
 void Time::FormatIsoDate(std::string& out) const { FormatIso(out, TimeFormatNoTime); }

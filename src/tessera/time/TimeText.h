@@ -7,46 +7,105 @@
 #include <cstring>
 #include <string>
 
+#include <tessera/text/TextNumeric.h>
+
 namespace Tessera {
 namespace detail {
 
-// Holds the longest date text of any format for any 63-bit tick count (five-digit years).
-class TextBuffer {
- public:
-  void Put(char c) { data_[size_++] = c; }
-  void Put(const char* text, unsigned length) {
-    std::memcpy(data_ + size_, text, length);
-    size_ += length;
-  }
-  // `value` in decimal, zero-padded to at least `width` digits, as "%0*u" would.
-  void Number(std::uint64_t value, unsigned width) {
-    char digits[20];
-    unsigned count = 0;
-    do {
-      digits[count++] = static_cast<char>('0' + value % 10);
-      value /= 10;
-    } while (value != 0);
-    for (; width > count; --width) Put('0');
-    while (count != 0) Put(digits[--count]);
-  }
-  void Two(unsigned value) {
-    if (value < 100) {
-      Put(static_cast<char>('0' + value / 10));
-      Put(static_cast<char>('0' + value % 10));
-    } else {
-      Number(value, 2);
-    }
-  }
-  void AssignTo(std::string& out) const { out.assign(data_, size_); }
-  unsigned Size() const { return size_; }
-  const char* Data() const { return data_; }
+// Room for the longest date text of any format for any 63-bit tick count.
+constexpr unsigned textBufferSize = 64;
 
- private:
-  char data_[64];
-  unsigned size_ = 0;
-};
+// The writers take and return the place to write at; a local pointer keeps the compiler
+// from reloading it after every character.
+inline char* Put(char* out, char c) {
+  *out = c;
+  return out + 1;
+}
 
-inline char FoldAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+inline char* Put(char* out, const char* text, unsigned length) {
+  std::memcpy(out, text, length);
+  return out + length;
+}
+
+// `value` in decimal, zero-padded to at least `width` digits, as "%0*u" would.
+inline char* PutNumber(char* out, std::uint64_t value, unsigned width) {
+  char digits[20];
+  unsigned count = 0;
+  do {
+    digits[count++] = static_cast<char>('0' + value % 10);
+    value /= 10;
+  } while (value != 0);
+  for (; width > count; --width) *out++ = '0';
+  while (count != 0) *out++ = digits[--count];
+  return out;
+}
+
+inline char* PutTwo(char* out, unsigned value) {
+  if (value >= 100) return PutNumber(out, value, 2);
+  out[0] = static_cast<char>('0' + value / 10);
+  out[1] = static_cast<char>('0' + value % 10);
+  return out + 2;
+}
+
+inline char* PutThree(char* out, unsigned value) {
+  if (value >= 1000) return PutNumber(out, value, 3);
+  out[0] = static_cast<char>('0' + value / 100);
+  out[1] = static_cast<char>('0' + value / 10 % 10);
+  out[2] = static_cast<char>('0' + value % 10);
+  return out + 3;
+}
+
+inline char* PutFour(char* out, unsigned value) {
+  if (value >= 10000) return PutNumber(out, value, 4);
+  out[0] = static_cast<char>('0' + value / 1000);
+  out[1] = static_cast<char>('0' + value / 100 % 10);
+  out[2] = static_cast<char>('0' + value / 10 % 10);
+  out[3] = static_cast<char>('0' + value % 10);
+  return out + 4;
+}
+
+// Replaces `out` with the text, reusing its storage.
+inline void Assign(std::string& out, const char* text, const char* end) {
+  const std::size_t length = static_cast<std::size_t>(end - text);
+  if (out.size() != length) out.resize(length);
+  std::memcpy(&out[0], text, length);
+}
+
+constexpr char FoldAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
+
+constexpr bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+
+// Exactly `count` characters as a decimal number, as TextNumeric<char, T> reads them in
+// base 10. Plain digits, the usual case, are read here; anything else (a sign, say) is
+// left to TextNumeric. At most 4 characters, so that plain digits always fit.
+template <class T>
+bool ReadField(const char* text, unsigned count, T& value) {
+  unsigned result = 0;
+  for (unsigned i = 0; i < count; ++i) {
+    if (!IsDigit(text[i])) return TextNumeric<char, T>(text, count, value, 10);
+    result = result * 10 + static_cast<unsigned>(text[i] - '0');
+  }
+  if (count == 0) return TextNumeric<char, T>(text, count, value, 10);
+  value = static_cast<T>(result);
+  return true;
+}
+
+// Three characters folded into one number: two 3-letter texts match without regard to
+// case when their keys are equal.
+constexpr std::uint32_t Key3(const char* text) {
+  return static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[0]))) << 16 |
+         static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[1]))) << 8 |
+         static_cast<unsigned char>(FoldAscii(text[2]));
+}
+
+// MatchName for a text of exactly 3 characters against names of 3 letters, by their keys.
+inline int MatchKey3(const char* text, const std::uint32_t* keys, int count) {
+  const std::uint32_t key = Key3(text);
+  for (int i = 0; i < count; ++i) {
+    if (keys[i] == key) return i;
+  }
+  return -1;
+}
 
 // Same length and equal without regard to ASCII case; a prefix never matches.
 inline bool EqualCaseless(const char* text, unsigned length, const char* name) {

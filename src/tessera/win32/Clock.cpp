@@ -14,7 +14,7 @@ constexpr std::uint64_t secondsPerDay = 86400;
 constexpr std::uint64_t epochDifferenceSeconds = 11644473600u;
 // Days from 0000-03-01 of the proleptic calendar to 1601-01-01: the origin of the
 // era arithmetic below, which counts years from March so that February comes last.
-constexpr std::uint64_t daysFromMarchZeroTo1601 = 584694;
+constexpr std::uint32_t daysFromMarchZeroTo1601 = 584694;
 constexpr std::int64_t gmtime64Max = 32535215999;  // 3000-12-31 23:59:59
 
 constexpr std::uint64_t Join(const FILETIME& time) {
@@ -33,14 +33,16 @@ unsigned DaysInMonth(unsigned year, unsigned month) {
   return month == 2 && IsLeap(year) ? 29 : lengths[month - 1];
 }
 
-// Days since 1601-01-01 of a valid date (year at least 1601).
-std::uint64_t DaysFromCivil(unsigned year, unsigned month, unsigned day) {
-  const unsigned y = year - (month <= 2 ? 1 : 0);
-  const unsigned era = y / 400;
-  const unsigned yearOfEra = y - era * 400;
-  const unsigned dayOfYear = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1;
-  const unsigned dayOfEra = yearOfEra * 365 + yearOfEra / 4 - yearOfEra / 100 + dayOfYear;
-  return static_cast<std::uint64_t>(era) * 146097 + dayOfEra - daysFromMarchZeroTo1601;
+// Days since 1601-01-01 of a valid date (year at least 1601). Years run from March in
+// this arithmetic, so that the leap day comes last (Neri and Schneider's form).
+std::uint32_t DaysFromCivil(unsigned year, unsigned month, unsigned day) {
+  const unsigned early = month <= 2 ? 1 : 0;
+  const std::uint32_t y = year - early;
+  const std::uint32_t m = early != 0 ? month + 12 : month;
+  const std::uint32_t century = y / 100;
+  const std::uint32_t yearDays = 1461 * y / 4 - century + century / 4;
+  const std::uint32_t monthDays = (979 * m - 2919) / 32;
+  return yearDays + monthDays + day - 1 - daysFromMarchZeroTo1601;
 }
 
 struct Civil {
@@ -49,18 +51,21 @@ struct Civil {
   unsigned day;
 };
 
-// Inverse of DaysFromCivil for any day count since 1601-01-01.
-Civil CivilFromDays(std::uint64_t days) {
-  const std::uint64_t z = days + daysFromMarchZeroTo1601;
-  const std::uint64_t era = z / 146097;
-  const unsigned dayOfEra = static_cast<unsigned>(z - era * 146097);
-  const unsigned yearOfEra = (dayOfEra - dayOfEra / 1460 + dayOfEra / 36524 - dayOfEra / 146096) / 365;
-  const unsigned dayOfYear = dayOfEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const unsigned mp = (5 * dayOfYear + 2) / 153;
+// Inverse of DaysFromCivil for any day count since 1601-01-01 that a 63-bit tick count
+// reaches; 32-bit arithmetic throughout.
+Civil CivilFromDays(std::uint32_t days) {
+  const std::uint32_t n1 = 4 * (days + daysFromMarchZeroTo1601) + 3;
+  const std::uint32_t century = n1 / 146097;
+  const std::uint32_t n2 = (n1 % 146097) | 3;
+  const std::uint64_t p2 = std::uint64_t{2939745} * n2;
+  const std::uint32_t yearOfCentury = static_cast<std::uint32_t>(p2 >> 32);
+  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(p2) / 2939745 / 4;
+  const std::uint32_t n3 = 2141 * dayOfYear + 197913;
+  const unsigned late = dayOfYear >= 306 ? 1 : 0;  // January or February of the next year
   Civil civil;
-  civil.day = dayOfYear - (153 * mp + 2) / 5 + 1;
-  civil.month = mp < 10 ? mp + 3 : mp - 9;
-  civil.year = static_cast<std::uint32_t>(yearOfEra + era * 400 + (civil.month <= 2 ? 1 : 0));
+  civil.year = 100 * century + yearOfCentury + late;
+  civil.month = (n3 >> 16) - (late != 0 ? 12 : 0);
+  civil.day = (n3 & 0xFFFF) / 2141 + 1;
   return civil;
 }
 
@@ -109,7 +114,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const std::uint64_t seconds = DaysFromCivil(s.wYear, s.wMonth, s.wDay) * secondsPerDay +
+  const std::uint64_t seconds = std::uint64_t{DaysFromCivil(s.wYear, s.wMonth, s.wDay)} * secondsPerDay +
                                 s.wHour * 3600u + s.wMinute * 60u + s.wSecond;
   Split(seconds * ticksPerSecond + s.wMilliseconds * ticksPerMillisecond, *fileTime);
   return 1;
@@ -122,7 +127,8 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
     return 0;
   }
   const std::uint64_t seconds = ticks / ticksPerSecond;
-  const std::uint64_t days = seconds / secondsPerDay;
+  const unsigned subSecond = static_cast<unsigned>(ticks - seconds * ticksPerSecond);
+  const std::uint32_t days = static_cast<std::uint32_t>(seconds / secondsPerDay);
   const unsigned secondOfDay = static_cast<unsigned>(seconds - days * secondsPerDay);
   const Civil civil = CivilFromDays(days);
   SYSTEMTIME& s = *systemTime;
@@ -133,7 +139,7 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
   s.wHour = static_cast<WORD>(secondOfDay / 3600);
   s.wMinute = static_cast<WORD>(secondOfDay / 60 % 60);
   s.wSecond = static_cast<WORD>(secondOfDay % 60);
-  s.wMilliseconds = static_cast<WORD>(ticks / ticksPerMillisecond % 1000);
+  s.wMilliseconds = static_cast<WORD>(subSecond / ticksPerMillisecond);
   return 1;
 }
 
@@ -158,7 +164,7 @@ int _gmtime64_s(::tm* result, const std::int64_t* time) {
     return EINVAL;
   }
   const std::uint64_t seconds = static_cast<std::uint64_t>(*time) + epochDifferenceSeconds;
-  const std::uint64_t days = seconds / secondsPerDay;
+  const std::uint32_t days = static_cast<std::uint32_t>(seconds / secondsPerDay);
   const unsigned secondOfDay = static_cast<unsigned>(seconds - days * secondsPerDay);
   const Civil civil = CivilFromDays(days);
   result->tm_sec = static_cast<int>(secondOfDay % 60);
