@@ -7,111 +7,57 @@
 
 #include <gtest/gtest.h>
 
-using Tessera::GetWindowsEdition;
 using Tessera::OsVersionInfo;
 
-namespace {
-
-OsVersionInfo Version(std::uint32_t platform, std::uint32_t major, std::uint32_t minor, std::uint32_t build = 0) {
-  OsVersionInfo info;
-  info.platformId = platform;
-  info.majorVersion = major;
-  info.minorVersion = minor;
-  info.buildNumber = build;
-  return info;
-}
-
-std::string Edition(const OsVersionInfo& info) { return GetWindowsEdition(info); }
-
-}  // namespace
-
-TEST(SystemInfo, PlatformsWithoutNt) {
-  EXPECT_EQ(Edition(Version(0, 3, 11)), "Win32s");
-  EXPECT_EQ(Edition(Version(0, 4, 0, 5000)), "Win32s");
-  EXPECT_EQ(Edition(Version(1, 5, 0)), "Windows");
-  EXPECT_EQ(Edition(Version(1, 3, 10)), "Windows");
-  EXPECT_EQ(Edition(Version(1, 4, 0, 1080)), "Windows 95");
-  EXPECT_EQ(Edition(Version(1, 4, 0, 1081)), "Windows 95 OSR2");
-  EXPECT_EQ(Edition(Version(1, 4, 0, 0x04000457)), "Windows 95 OSR2");  // high word not masked
-  EXPECT_EQ(Edition(Version(1, 4, 10, 2183)), "Windows 98");
-  EXPECT_EQ(Edition(Version(1, 4, 10, 2184)), "Windows 98 SE");
-  EXPECT_EQ(Edition(Version(1, 4, 90, 3000)), "Windows Me");
-  EXPECT_EQ(Edition(Version(1, 4, 3)), "Windows");
-  EXPECT_EQ(Edition(Version(3, 6, 0)), "Windows");
-  EXPECT_EQ(Edition(Version(0xFFFFFFFFu, 5, 1)), "Windows");
-}
-
-TEST(SystemInfo, NtVersionSix) {
-  OsVersionInfo info = Version(2, 6, 0);
-  info.productType = 1;
-  EXPECT_EQ(Edition(info), "Windows Vista");
-  info.productType = 3;
-  EXPECT_EQ(Edition(info), "Windows Server 2008");
-  info.productType = 0;
-  EXPECT_EQ(Edition(info), "Windows Server 2008");
-  info = Version(2, 6, 1);
-  info.productType = 1;
-  EXPECT_EQ(Edition(info), "Windows NT");
-  EXPECT_EQ(Edition(Version(2, 7, 0)), "Windows NT");
-  EXPECT_EQ(Edition(Version(2, 10, 0)), "Windows NT");
-  EXPECT_EQ(Edition(Version(2, 4, 0)), "Windows NT");
-}
-
-TEST(SystemInfo, NtVersionFive) {
-  OsVersionInfo info = Version(2, 5, 2);
-  info.serverR2 = true;
-  info.suiteMask = 0x2000;
-  info.productType = 1;
-  EXPECT_EQ(Edition(info), "Window Server 2003 R2");
-  info.serverR2 = false;
-  EXPECT_EQ(Edition(info), "Windows Storage Server 2003");
-  info.suiteMask = 0x2001;
-  EXPECT_EQ(Edition(info), "Windows XP");
-  info.productType = 2;
-  EXPECT_EQ(Edition(info), "Windows Server 2003");
-  info.suiteMask = 0;
-  info.productType = 3;
-  EXPECT_EQ(Edition(info), "Windows Server 2003");
-
-  info = Version(2, 5, 1);
-  info.productType = 3;
-  EXPECT_EQ(Edition(info), "Windows XP");
-  info.productType = 1;
-  EXPECT_EQ(Edition(info), "Windows XP");
-
-  info = Version(2, 5, 0);
-  info.productType = 1;
-  EXPECT_EQ(Edition(info), "Windows 2000 Professional");
-  info.productType = 2;
-  EXPECT_EQ(Edition(info), "Windows 2000 Server");
-  EXPECT_EQ(Edition(Version(2, 5, 3)), "Windows NT");
-}
-
-TEST(SystemInfo, TypeAndVersionTextsFromGivenValues) {
-  OsVersionInfo info = Version(2, 5, 1, 2600);
-  info.csdVersion = "Service Pack 2";
-  std::string text = "old";
-  EXPECT_TRUE(Tessera::GetSystemType(info, text));
+TEST(SystemInfo, EditionTableEveryRowAndBoundary) {
+  // platform, major, minor, build, service pack, suite mask, product type, server R2
+  const struct { OsVersionInfo info; const char* edition; } rows[] = {
+      {{0, 4, 0, 5000, "", 0, 1, false}, "Win32s"},
+      {{1, 5, 0, 0, "", 0, 0, false}, "Windows"},
+      {{1, 4, 0, 1080, "", 0, 0, false}, "Windows 95"},
+      {{1, 4, 0, 1081, "", 0, 0, false}, "Windows 95 OSR2"},
+      {{1, 4, 0, 0x04000000, "", 0, 0, false}, "Windows 95 OSR2"},  // the high word is not masked
+      {{1, 4, 10, 2183, "", 0, 0, false}, "Windows 98"},
+      {{1, 4, 10, 2184, "", 0, 0, false}, "Windows 98 SE"},
+      {{1, 4, 90, 3000, "", 0, 0, false}, "Windows Me"},
+      {{1, 4, 3, 0, "", 0, 0, false}, "Windows"},
+      {{2, 6, 0, 0, "", 0, 1, false}, "Windows Vista"},
+      {{2, 6, 0, 0, "", 0, 3, false}, "Windows Server 2008"},
+      {{2, 6, 1, 0, "", 0, 1, false}, "Windows NT"},
+      {{2, 5, 2, 0, "", 0x2000, 1, true}, "Window Server 2003 R2"},
+      {{2, 5, 2, 0, "", 0x2000, 1, false}, "Windows Storage Server 2003"},
+      {{2, 5, 2, 0, "", 0x2001, 1, false}, "Windows XP"},
+      {{2, 5, 2, 0, "", 0x2001, 3, false}, "Windows Server 2003"},
+      {{2, 5, 1, 0, "", 0, 3, false}, "Windows XP"},
+      {{2, 5, 0, 0, "", 0, 1, false}, "Windows 2000 Professional"},
+      {{2, 5, 0, 0, "", 0, 2, false}, "Windows 2000 Server"},
+      {{2, 5, 3, 0, "", 0, 1, false}, "Windows NT"},
+      {{2, 7, 0, 0, "", 0, 1, false}, "Windows NT"},
+      {{2, 4, 0, 0, "", 0, 1, false}, "Windows NT"},
+      {{3, 6, 0, 0, "", 0, 1, false}, "Windows"},
+      {{0xFFFFFFFFu, 5, 1, 0, "", 0, 1, false}, "Windows"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_STREQ(Tessera::GetWindowsEdition(row.info), row.edition)
+        << row.info.platformId << " " << row.info.majorVersion << "." << row.info.minorVersion;
+  }
+  OsVersionInfo xp{2, 5, 1, 2600, "Service Pack 2", 0, 0, false};
+  std::string text;
+  EXPECT_TRUE(Tessera::GetSystemType(xp, text));
   EXPECT_EQ(text, "Windows XP Service Pack 2");
-  EXPECT_TRUE(Tessera::GetSystemVersion(info, text));
+  EXPECT_TRUE(Tessera::GetSystemVersion(xp, text));
   EXPECT_EQ(text, "5.1 (build 2600)");
-  info.csdVersion.clear();
-  EXPECT_TRUE(Tessera::GetSystemType(info, text));
+  xp.csdVersion.clear();
+  EXPECT_TRUE(Tessera::GetSystemType(xp, text));
   EXPECT_EQ(text, "Windows XP");
-  info = Version(2, 4294967295u, 4294967295u, 4294967295u);
-  EXPECT_TRUE(Tessera::GetSystemVersion(info, text));
-  EXPECT_EQ(text, "4294967295.4294967295 (build 4294967295)");
 }
 
-TEST(SystemInfo, RunningSystemWithoutWindowsVersion) {
-  EXPECT_EQ(GetWindowsEdition(), nullptr);
+TEST(SystemInfo, RunningSystemHasNoWindowsVersion) {
+  EXPECT_EQ(Tessera::GetWindowsEdition(), nullptr);
   unsigned int major = 11, minor = 12, build = 13;
   std::string servicePack = "unchanged";
   EXPECT_FALSE(Tessera::GetWindowsVersion(major, minor, build, &servicePack));
-  EXPECT_EQ(major, 11u);
-  EXPECT_EQ(minor, 12u);
-  EXPECT_EQ(build, 13u);
-  EXPECT_EQ(servicePack, "unchanged");
+  EXPECT_TRUE(major == 11 && minor == 12 && build == 13 && servicePack == "unchanged");
 
   ::utsname system;
   ASSERT_EQ(::uname(&system), 0);
@@ -120,7 +66,8 @@ TEST(SystemInfo, RunningSystemWithoutWindowsVersion) {
   EXPECT_EQ(text, std::string(system.sysname) + " " + system.release);
   unsigned int numbers[3] = {0, 0, 0};
   std::sscanf(system.release, "%u.%u.%u", &numbers[0], &numbers[1], &numbers[2]);
+  char expected[64];
+  std::snprintf(expected, sizeof expected, "%u.%u (build %u)", numbers[0], numbers[1], numbers[2]);
   EXPECT_TRUE(Tessera::GetSystemVersion(text));
-  EXPECT_EQ(text, std::to_string(numbers[0]) + "." + std::to_string(numbers[1]) + " (build " +
-                      std::to_string(numbers[2]) + ")");
+  EXPECT_EQ(text, expected);
 }
