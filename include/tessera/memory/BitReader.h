@@ -32,7 +32,7 @@ class TESSERA_API BitReader {
   // Copies the next `count` bits to `target`, starting at bit `offset` of `target` (counted
   // in the same bit order, from `target`, not from the stream). Bits of `target` outside
   // the transfer keep their values. Throws Plaint::LengthError "buffer capacity exceeded"
-  // when fewer than `count` bits are left, even for a count of 0 past the end.
+  // when fewer than `count` bits are left; a count of 0 does nothing.
   void ReadData(void* target, unsigned int count, unsigned int offset);
 
   // Moves on by `count` bits; reaching the end exactly is allowed. Throws
