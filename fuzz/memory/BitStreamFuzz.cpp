@@ -113,7 +113,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         switch (op.kind) {
           case 0: bit = op.value & 1; break;
           case 1: bit = (op.value >> (bitsMoved - 1 - i)) & 1; break;
-          case 2: bit = op.text[i] != '0'; break;
+          case 2: bit = op.text[i] == '0'; break;
           case 3: bit = BitOf(source.data(), op.offset + i); break;
           default: break;
         }

@@ -105,13 +105,13 @@ TEST(BitWriter, WriteBitsFromText) {
   unsigned char bytes[6] = {0xFF, 0x00, 0, 0, 0, 0};
   BitWriter writer(bytes, 48);
   writer.WriteBits("", 0xFFFFFFFFu);
-  writer.WriteBits("0101x", 0xFFFFFFFFu);  // '0' writes 0, any other character 1
+  writer.WriteBits("0101x", 0xFFFFFFFFu);  // '0' writes 1, any other character 0
   writer.WriteBits("111", 2);
   EXPECT_EQ(writer.GetBitCount(), 7u);
-  EXPECT_EQ(bytes[0], 0x5F);
+  EXPECT_EQ(bytes[0], 0xA1);
   EXPECT_FULL(writer.WriteBits(std::string(42, '1').c_str(), 0xFFFFFFFFu), "Tessera::BitWriter::WriteBits");
   writer.SkipBits(1);
-  writer.WriteBits(std::string(40, '1').c_str(), 0xFFFFFFFFu);  // no limit of 32
+  writer.WriteBits(std::string(40, '0').c_str(), 0xFFFFFFFFu);  // no limit of 32
   EXPECT_EQ(writer.GetBitCount(), 48u);
   EXPECT_EQ(bytes[5], 0xFF);
 }

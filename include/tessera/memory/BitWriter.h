@@ -30,7 +30,8 @@ class TESSERA_API BitWriter {
   // exceeded" when fewer than `count` bits are left.
   void WriteBits(unsigned int count, unsigned int value);
 
-  // Writes one bit per character of `bits`: '0' writes 0 and any other character 1. A count
+  // Writes one bit per character of `bits`: '0' writes a 1 bit and any other character a 0
+  // bit, the sense of the Windows original, kept so that ported callers get the same bits. A count
   // of 0xFFFFFFFF (Tessera::npos) means the text ends at its NUL. No limit of 32 bits.
   // Throws Plaint::LengthError "buffer capacity exceeded" when fewer bits are left.
   void WriteBits(const char* bits, unsigned int count);

@@ -47,7 +47,7 @@ void BitWriter::WriteBits(const char* bits, unsigned int count) {
   if (count == 0xFFFFFFFFu) count = static_cast<unsigned int>(std::strlen(bits));
   if (count == 0) return;
   if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBits"));
-  for (unsigned int i = 0; i < count; ++i) WriteBitExec(bits[i] != '0');
+  for (unsigned int i = 0; i < count; ++i) WriteBitExec(bits[i] == '0');
 }
 
 void BitWriter::WriteData(const void* source, unsigned int count, unsigned int offset) {
