@@ -1,11 +1,14 @@
 #include "Tour.h"
 
+#include <cstdio>
+
 #include <tessera/tessera.h>
 
 int main() {
   std::cout << "Tessera tour\n";
   Tour::ShowFrame();
   Tour::ShowMemory();
+  Tour::ShowNumerics();
   Tessera::Shutdown();
   return 0;
 }

@@ -9,8 +9,16 @@
 #include <tessera/frame/Errors.h>
 #include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
+#include <tessera/memory/BitReader.h>
+#include <tessera/memory/BitWriter.h>
 #include <tessera/memory/Buffer.h>
+#include <tessera/memory/BufferPoolHelper.h>
+#include <tessera/numerics/Fixed.h>
+#include <tessera/numerics/Mt19937.h>
+#include <tessera/platform/Module.h>
+#include <tessera/platform/SystemInfo.h>
 #include <tessera/time/TimeSpan.h>
 #include <tessera/win32/LastError.h>
+#include <tessera/win32/Loader.h>
 
 #endif  // TESSERA_TESSERA_H
