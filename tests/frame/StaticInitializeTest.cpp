@@ -1,4 +1,3 @@
-#include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
 
 #include <gtest/gtest.h>
@@ -77,20 +76,6 @@ TEST(StaticInitialize, NullFromCreateCountsAsDisposed) {
   EXPECT_EQ(counters.destroyed, 0);
 }
 
-TEST(StaticInitialize, ThrowingCreateLeavesItFresh) {
-  static int attempts;
-  attempts = 0;
-  StaticInitialize object(
-      [](void*) -> void* {
-        if (++attempts == 1) throw std::runtime_error("first try fails");
-        return &attempts;
-      },
-      [](void*, void*) {}, nullptr);
-  EXPECT_THROW(object.GetInstanceLazy(), std::runtime_error);
-  EXPECT_EQ(object.GetInstanceLazy(), &attempts);
-  EXPECT_EQ(attempts, 2);
-}
-
 TEST(StaticInitialize, RacingThreadsKeepOneInstanceAndDestroyEveryLoser) {
   for (int round = 0; round < 20; ++round) {
     Counters counters;
@@ -113,12 +98,6 @@ TEST(StaticInitialize, RacingThreadsKeepOneInstanceAndDestroyEveryLoser) {
     EXPECT_EQ(counters.destroyed, counters.created);      // and the winner once at the end
     EXPECT_EQ(counters.lastDestroyed, seen[0]);
   }
-}
-
-TEST(Library, ShutdownDoesNothingAnyNumberOfTimes) {
-  Shutdown();
-  Shutdown();
-  EXPECT_EQ(npos, 0xFFFFFFFFu);
 }
 
 }  // namespace
