@@ -7,6 +7,7 @@
 #include <tessera/text/TextNumeric.h>
 
 #include "TimeText.h"
+#include "tessera/win32/Calendar.h"
 
 namespace Tessera {
 
@@ -38,23 +39,18 @@ constexpr std::uint32_t shortDayKeys[7] = {detail::Key3("Sun"), detail::Key3("Mo
 
 using Tokenizer = BasicStringTokenizer<char>;
 
+using Fields = Win32::detail::Fields;
+
 // The calendar fields of a tick count, for any year the count can reach. Within 1970 to
 // 3000 they are those _gmtime64_s gives; beyond it they stay true instead of failing.
-Win32::SYSTEMTIME FieldsOf(std::uint64_t ticks) {
-  Win32::FILETIME value;
-  value.dwLowDateTime = static_cast<Win32::DWORD>(ticks);
-  value.dwHighDateTime = static_cast<Win32::DWORD>(ticks >> 32);
-  Win32::SYSTEMTIME fields{};
-  Win32::FileTimeToSystemTime(&value, &fields);
-  return fields;
-}
+Fields FieldsOf(std::uint64_t ticks) { return Win32::detail::FieldsFromTicks(ticks); }
 
-char* PutClock(char* out, const Win32::SYSTEMTIME& fields) {
-  out = detail::PutTwo(out, fields.wHour);
+char* PutClock(char* out, const Fields& fields) {
+  out = detail::PutTwo(out, fields.hour);
   out = detail::Put(out, ':');
-  out = detail::PutTwo(out, fields.wMinute);
+  out = detail::PutTwo(out, fields.minute);
   out = detail::Put(out, ':');
-  return detail::PutTwo(out, fields.wSecond);
+  return detail::PutTwo(out, fields.second);
 }
 
 // "GMT" for zero when wanted, otherwise a sign and the value hours*100+minutes in four
@@ -72,17 +68,17 @@ std::int64_t ZoneValue(const Time& time) {
   return static_cast<std::int64_t>(hours) * 100 + minutes;
 }
 
-void FormatRfc822Fields(std::string& out, const Win32::SYSTEMTIME& fields, std::int64_t zone,
+void FormatRfc822Fields(std::string& out, const Fields& fields, std::int64_t zone,
                         std::int32_t flags) {
   char buffer[detail::textBufferSize];
-  char* end = detail::Put(buffer, shortDayNames[fields.wDayOfWeek], 3);
+  char* end = detail::Put(buffer, shortDayNames[fields.dayOfWeek], 3);
   end = detail::Put(end, ", ", 2);
-  end = fields.wDay < 10 ? detail::Put(end, static_cast<char>('0' + fields.wDay)) : detail::PutTwo(end, fields.wDay);
+  end = fields.day < 10 ? detail::Put(end, static_cast<char>('0' + fields.day)) : detail::PutTwo(end, fields.day);
   end = detail::Put(end, ' ');
-  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, monthNames[fields.month - 1], 3);
   end = detail::Put(end, ' ');
-  end = (flags & TimeFormatTwoDigitYear) != 0 ? detail::PutTwo(end, fields.wYear % 100u)
-                                              : detail::PutFour(end, fields.wYear);
+  end = (flags & TimeFormatTwoDigitYear) != 0 ? detail::PutTwo(end, fields.year % 100u)
+                                              : detail::PutFour(end, fields.year);
   end = detail::Put(end, ' ');
   end = PutClock(end, fields);
   end = detail::Put(end, ' ');
@@ -173,8 +169,8 @@ bool SetUtc(Time& time, int year, int month, int day, const Clock& clock, int zo
                 static_cast<unsigned int>(clock.seconds), 0, TimeKind::Utc)) {
     return false;
   }
-  time -= TimeSpan(zoneHours * TimeSpan::hour.GetTicks());
-  time -= TimeSpan(zoneMinutes * TimeSpan::minute.GetTicks());
+  if (zoneHours != 0) time -= TimeSpan(zoneHours * TimeSpan::hour.GetTicks());
+  if (zoneMinutes != 0) time -= TimeSpan(zoneMinutes * TimeSpan::minute.GetTicks());
   return true;
 }
 
@@ -312,16 +308,16 @@ void Time::FormatHttp(std::string& out) const {
 }
 
 void Time::FormatRfc850(std::string& out) const {
-  const Win32::SYSTEMTIME fields = FieldsOf(Ticks());
+  const Fields fields = FieldsOf(Ticks());
   char buffer[detail::textBufferSize];
-  const char* name = longDayNames[fields.wDayOfWeek];
+  const char* name = longDayNames[fields.dayOfWeek];
   char* end = detail::Put(buffer, name, static_cast<unsigned>(std::strlen(name)));
   end = detail::Put(end, ", ", 2);
-  end = detail::PutTwo(end, fields.wDay);
+  end = detail::PutTwo(end, fields.day);
   end = detail::Put(end, '-');
-  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, monthNames[fields.month - 1], 3);
   end = detail::Put(end, '-');
-  end = detail::PutTwo(end, fields.wYear % 100u);
+  end = detail::PutTwo(end, fields.year % 100u);
   end = detail::Put(end, ' ');
   end = PutClock(end, fields);
   end = detail::Put(end, ' ');
@@ -330,17 +326,17 @@ void Time::FormatRfc850(std::string& out) const {
 }
 
 void Time::FormatAscTime(std::string& out) const {
-  const Win32::SYSTEMTIME fields = FieldsOf(Ticks());
+  const Fields fields = FieldsOf(Ticks());
   char buffer[detail::textBufferSize];
-  char* end = detail::Put(buffer, shortDayNames[fields.wDayOfWeek], 3);
+  char* end = detail::Put(buffer, shortDayNames[fields.dayOfWeek], 3);
   end = detail::Put(end, ' ');
-  end = detail::Put(end, monthNames[fields.wMonth - 1], 3);
+  end = detail::Put(end, monthNames[fields.month - 1], 3);
   end = detail::Put(end, ' ');
-  end = detail::PutTwo(end, fields.wDay);
+  end = detail::PutTwo(end, fields.day);
   end = detail::Put(end, ' ');
   end = PutClock(end, fields);
   end = detail::Put(end, ' ');
-  end = detail::PutFour(end, fields.wYear);
+  end = detail::PutFour(end, fields.year);
   detail::Assign(out, buffer, end);
 }
 

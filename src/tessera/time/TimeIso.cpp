@@ -8,6 +8,7 @@
 #include <tessera/text/TextNumeric.h>
 
 #include "TimeText.h"
+#include "tessera/win32/Calendar.h"
 
 namespace Tessera {
 
@@ -155,9 +156,56 @@ bool SplitSimple(const std::string& text, Cursor& date, Cursor& clock) {
   return true;
 }
 
+unsigned TwoDigits(const char* text) {
+  return static_cast<unsigned>(text[0] - '0') * 10 + static_cast<unsigned>(text[1] - '0');
+}
+
+// "YYYY-MM-DD?hh:mm:ss[.fff][Z]", what FormatIso writes for a UTC time with or without the
+// fraction, read at fixed places: the tokens and fields are those that the general steps
+// find in such a text. False, with `fields` untouched, for any other text.
+bool ReadUsualLayout(const std::string& text, Win32::SYSTEMTIME& fields) {
+  const char* p = text.data();
+  const std::size_t size = text.size();
+  if (size < 19 || size > 24 || p[4] != '-' || p[7] != '-' || !IsSeparator(p[10]) || p[13] != ':' ||
+      p[16] != ':') {
+    return false;
+  }
+  const auto notDigit = [p](int i) { return static_cast<unsigned char>(p[i] - '0') > 9 ? 1u : 0u; };
+  if ((notDigit(0) | notDigit(1) | notDigit(2) | notDigit(3) | notDigit(5) | notDigit(6) | notDigit(8) |
+       notDigit(9) | notDigit(11) | notDigit(12) | notDigit(14) | notDigit(15) | notDigit(17) |
+       notDigit(18)) != 0) {
+    return false;
+  }
+  unsigned millisecond = 0;
+  std::size_t at = 19;
+  if (size - at >= 4 && p[at] == '.') {
+    if (!IsDigit(p[at + 1]) || !IsDigit(p[at + 2]) || !IsDigit(p[at + 3])) return false;
+    millisecond = TwoDigits(p + at + 1) * 10 + static_cast<unsigned>(p[at + 3] - '0');
+    at += 4;
+  }
+  if (at < size && (p[at] == 'Z' || p[at] == 'z')) ++at;
+  if (at != size) return false;
+  const unsigned month = TwoDigits(p + 5);
+  const unsigned day = TwoDigits(p + 8);
+  const unsigned hour = TwoDigits(p + 11);
+  const unsigned minute = TwoDigits(p + 14);
+  const unsigned second = TwoDigits(p + 17);
+  if (month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 || second > 60) return false;
+  fields.wYear = static_cast<unsigned short>(TwoDigits(p) * 100 + TwoDigits(p + 2));
+  fields.wMonth = static_cast<unsigned short>(month);
+  fields.wDay = static_cast<unsigned short>(day);
+  fields.wHour = static_cast<unsigned short>(hour);
+  fields.wMinute = static_cast<unsigned short>(minute);
+  fields.wSecond = static_cast<unsigned short>(second);
+  fields.wMilliseconds = static_cast<unsigned short>(millisecond);
+  return true;
+}
+
 }  // namespace
 
 bool Time::ParseIso(const std::string& text) {
+  Win32::SYSTEMTIME usual{};
+  if (ReadUsualLayout(text, usual)) return SetSystemTime(usual, TimeKind::Utc);
   Cursor date{nullptr, 0};
   Cursor clock{nullptr, 0};
   if (!SplitSimple(text, date, clock)) {
@@ -213,33 +261,32 @@ void Time::OutputIso(std::ostream& stream, std::int32_t flags) const {
 
 // The same pieces as OutputIso writes to a fresh stream, without the stream.
 void Time::FormatIso(std::string& out, std::int32_t flags) const {
-  Win32::SYSTEMTIME fields{};
-  Render(fields);
+  const Win32::detail::Fields fields = Win32::detail::FieldsFromTicks(Ticks());
   const bool compact = (flags & TimeFormatCompact) != 0;
   char buffer[detail::textBufferSize];
   char* end = buffer;
   if ((flags & TimeFormatNoDate) == 0) {
-    end = detail::PutFour(end, fields.wYear);
+    end = detail::PutFour(end, fields.year);
     if (!compact) end = detail::Put(end, '-');
-    end = detail::PutTwo(end, fields.wMonth);
+    end = detail::PutTwo(end, fields.month);
     if (!compact) end = detail::Put(end, '-');
-    end = detail::PutTwo(end, fields.wDay);
+    end = detail::PutTwo(end, fields.day);
     if ((flags & TimeFormatNoTime) == 0) end = detail::Put(end, (flags & TimeFormatSpaceSeparator) != 0 ? ' ' : 'T');
   }
   if ((flags & TimeFormatNoTime) == 0) {
-    end = detail::PutTwo(end, fields.wHour);
+    end = detail::PutTwo(end, fields.hour);
     if (!compact) end = detail::Put(end, ':');
-    end = detail::PutTwo(end, fields.wMinute);
+    end = detail::PutTwo(end, fields.minute);
     if ((flags & TimeFormatNoSeconds) == 0) {
       if (!compact) end = detail::Put(end, ':');
-      end = detail::PutTwo(end, fields.wSecond);
+      end = detail::PutTwo(end, fields.second);
       if ((flags & TimeFormatNoFraction) == 0) {
         end = detail::Put(end, '.');
-        end = detail::PutThree(end, fields.wMilliseconds);
+        end = detail::PutThree(end, fields.millisecond);
       }
     }
     if ((flags & TimeFormatNoZone) == 0) {
-      const Zone zone = ZoneOf(*this);
+      const Zone zone = IsUtc() ? Zone{true, false, 0, 0} : ZoneOf(*this);
       if (zone.utc) {
         end = detail::Put(end, 'Z');
       } else {

@@ -1,5 +1,7 @@
 #include <tessera/win32/Clock.h>
 
+#include "Calendar.h"
+
 #include <cerrno>
 #include <time.h>
 
@@ -7,14 +9,16 @@ namespace Win32 {
 
 namespace {
 
-constexpr std::uint64_t ticksPerSecond = 10000000;
-constexpr std::uint64_t ticksPerMillisecond = 10000;
-constexpr std::uint64_t secondsPerDay = 86400;
+using detail::Civil;
+using detail::CivilFromDays;
+using detail::DaysFromCivil;
+using detail::DaysInMonth;
+using detail::secondsPerDay;
+using detail::ticksPerMillisecond;
+using detail::ticksPerSecond;
+
 // 1601-01-01 to 1970-01-01.
 constexpr std::uint64_t epochDifferenceSeconds = 11644473600u;
-// Days from 0000-03-01 of the proleptic calendar to 1601-01-01: the origin of the
-// era arithmetic below, which counts years from March so that February comes last.
-constexpr std::uint32_t daysFromMarchZeroTo1601 = 584694;
 constexpr std::int64_t gmtime64Max = 32535215999;  // 3000-12-31 23:59:59
 
 constexpr std::uint64_t Join(const FILETIME& time) {
@@ -24,49 +28,6 @@ constexpr std::uint64_t Join(const FILETIME& time) {
 void Split(std::uint64_t ticks, FILETIME& time) {
   time.dwLowDateTime = static_cast<DWORD>(ticks);
   time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-}
-
-bool IsLeap(unsigned year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
-
-unsigned DaysInMonth(unsigned year, unsigned month) {
-  static constexpr unsigned char lengths[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
-  return month == 2 && IsLeap(year) ? 29 : lengths[month - 1];
-}
-
-// Days since 1601-01-01 of a valid date (year at least 1601). Years run from March in
-// this arithmetic, so that the leap day comes last (Neri and Schneider's form).
-std::uint32_t DaysFromCivil(unsigned year, unsigned month, unsigned day) {
-  const unsigned early = month <= 2 ? 1 : 0;
-  const std::uint32_t y = year - early;
-  const std::uint32_t m = early != 0 ? month + 12 : month;
-  const std::uint32_t century = y / 100;
-  const std::uint32_t yearDays = 1461 * y / 4 - century + century / 4;
-  const std::uint32_t monthDays = (979 * m - 2919) / 32;
-  return yearDays + monthDays + day - 1 - daysFromMarchZeroTo1601;
-}
-
-struct Civil {
-  std::uint32_t year;
-  unsigned month;
-  unsigned day;
-};
-
-// Inverse of DaysFromCivil for any day count since 1601-01-01 that a 63-bit tick count
-// reaches; 32-bit arithmetic throughout.
-Civil CivilFromDays(std::uint32_t days) {
-  const std::uint32_t n1 = 4 * (days + daysFromMarchZeroTo1601) + 3;
-  const std::uint32_t century = n1 / 146097;
-  const std::uint32_t n2 = (n1 % 146097) | 3;
-  const std::uint64_t p2 = std::uint64_t{2939745} * n2;
-  const std::uint32_t yearOfCentury = static_cast<std::uint32_t>(p2 >> 32);
-  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(p2) / 2939745 / 4;
-  const std::uint32_t n3 = 2141 * dayOfYear + 197913;
-  const unsigned late = dayOfYear >= 306 ? 1 : 0;  // January or February of the next year
-  Civil civil;
-  civil.year = 100 * century + yearOfCentury + late;
-  civil.month = (n3 >> 16) - (late != 0 ? 12 : 0);
-  civil.day = (n3 & 0xFFFF) / 2141 + 1;
-  return civil;
 }
 
 // Local minus UTC, in ticks, as the zone stands now. tzset makes a changed TZ count.
@@ -107,16 +68,23 @@ void GetLocalTime(SYSTEMTIME* systemTime) {
 }
 
 BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
-  const SYSTEMTIME& s = *systemTime;
-  if (s.wYear < 1601 || s.wYear > 30827 || s.wMonth < 1 || s.wMonth > 12 || s.wDay < 1 ||
-      s.wDay > DaysInMonth(s.wYear, s.wMonth) || s.wHour > 23 || s.wMinute > 59 ||
-      s.wSecond > 59 || s.wMilliseconds > 999) {
+  const unsigned year = systemTime->wYear;
+  const unsigned month = systemTime->wMonth;
+  const unsigned day = systemTime->wDay;
+  const unsigned hour = systemTime->wHour;
+  const unsigned minute = systemTime->wMinute;
+  const unsigned second = systemTime->wSecond;
+  const unsigned millisecond = systemTime->wMilliseconds;
+  // One test for all ranges but the month's length, which needs a valid month.
+  const bool inRange = (year - 1601u <= 30827u - 1601u) & (month - 1u < 12u) & (day - 1u < 31u) &
+                       (hour < 24u) & (minute < 60u) & (second < 60u) & (millisecond < 1000u);
+  if (!inRange || (day > 28 && day > DaysInMonth(year, month))) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const std::uint64_t seconds = std::uint64_t{DaysFromCivil(s.wYear, s.wMonth, s.wDay)} * secondsPerDay +
-                                s.wHour * 3600u + s.wMinute * 60u + s.wSecond;
-  Split(seconds * ticksPerSecond + s.wMilliseconds * ticksPerMillisecond, *fileTime);
+  const std::uint64_t seconds = std::uint64_t{DaysFromCivil(year, month, day)} * secondsPerDay +
+                                (hour * 3600u + minute * 60u + second);
+  Split(seconds * ticksPerSecond + millisecond * ticksPerMillisecond, *fileTime);
   return 1;
 }
 
@@ -126,20 +94,16 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const std::uint64_t seconds = ticks / ticksPerSecond;
-  const unsigned subSecond = static_cast<unsigned>(ticks - seconds * ticksPerSecond);
-  const std::uint32_t days = static_cast<std::uint32_t>(seconds / secondsPerDay);
-  const unsigned secondOfDay = static_cast<unsigned>(seconds - days * secondsPerDay);
-  const Civil civil = CivilFromDays(days);
+  const detail::Fields fields = detail::FieldsFromTicks(ticks);
   SYSTEMTIME& s = *systemTime;
-  s.wYear = static_cast<WORD>(civil.year);
-  s.wMonth = static_cast<WORD>(civil.month);
-  s.wDayOfWeek = static_cast<WORD>((days + 1) % 7);  // 1601-01-01 was a Monday
-  s.wDay = static_cast<WORD>(civil.day);
-  s.wHour = static_cast<WORD>(secondOfDay / 3600);
-  s.wMinute = static_cast<WORD>(secondOfDay / 60 % 60);
-  s.wSecond = static_cast<WORD>(secondOfDay % 60);
-  s.wMilliseconds = static_cast<WORD>(subSecond / ticksPerMillisecond);
+  s.wYear = static_cast<WORD>(fields.year);
+  s.wMonth = static_cast<WORD>(fields.month);
+  s.wDayOfWeek = static_cast<WORD>(fields.dayOfWeek);
+  s.wDay = static_cast<WORD>(fields.day);
+  s.wHour = static_cast<WORD>(fields.hour);
+  s.wMinute = static_cast<WORD>(fields.minute);
+  s.wSecond = static_cast<WORD>(fields.second);
+  s.wMilliseconds = static_cast<WORD>(fields.millisecond);
   return 1;
 }
 

@@ -1,0 +1,93 @@
+// Internal: the proleptic Gregorian arithmetic behind the file-time conversions, inline so
+// that the date formatters can use it without the SYSTEMTIME round trip.
+#ifndef TESSERA_WIN32_CALENDAR_H
+#define TESSERA_WIN32_CALENDAR_H
+
+#include <cstdint>
+
+namespace Win32 {
+namespace detail {
+
+constexpr std::uint64_t ticksPerSecond = 10000000;
+constexpr std::uint64_t ticksPerMillisecond = 10000;
+constexpr std::uint64_t secondsPerDay = 86400;
+// Days from 0000-03-01 of the proleptic calendar to 1601-01-01: the origin of the
+// arithmetic below, which counts years from March so that the leap day comes last.
+constexpr std::uint32_t daysFromMarchZeroTo1601 = 584694;
+
+constexpr bool IsLeap(unsigned year) { return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0); }
+
+inline unsigned DaysInMonth(unsigned year, unsigned month) {
+  static constexpr unsigned char lengths[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  return month == 2 && IsLeap(year) ? 29 : lengths[month - 1];
+}
+
+// Days since 1601-01-01 of a valid date (year at least 1601), in Neri and Schneider's form.
+inline std::uint32_t DaysFromCivil(unsigned year, unsigned month, unsigned day) {
+  const unsigned early = month <= 2 ? 1 : 0;
+  const std::uint32_t y = year - early;
+  const std::uint32_t m = early != 0 ? month + 12 : month;
+  const std::uint32_t century = y / 100;
+  const std::uint32_t yearDays = 1461 * y / 4 - century + century / 4;
+  const std::uint32_t monthDays = (979 * m - 2919) / 32;
+  return yearDays + monthDays + day - 1 - daysFromMarchZeroTo1601;
+}
+
+struct Civil {
+  std::uint32_t year;
+  unsigned month;
+  unsigned day;
+};
+
+// Inverse of DaysFromCivil for any day count that a 63-bit tick count reaches; 32-bit
+// arithmetic throughout.
+inline Civil CivilFromDays(std::uint32_t days) {
+  const std::uint32_t n1 = 4 * (days + daysFromMarchZeroTo1601) + 3;
+  const std::uint32_t century = n1 / 146097;
+  const std::uint32_t n2 = (n1 % 146097) | 3;
+  const std::uint64_t p2 = std::uint64_t{2939745} * n2;
+  const std::uint32_t yearOfCentury = static_cast<std::uint32_t>(p2 >> 32);
+  const std::uint32_t dayOfYear = static_cast<std::uint32_t>(p2) / 2939745 / 4;
+  const std::uint32_t n3 = 2141 * dayOfYear + 197913;
+  const unsigned late = dayOfYear >= 306 ? 1 : 0;  // January or February of the next year
+  Civil civil;
+  civil.year = 100 * century + yearOfCentury + late;
+  civil.month = (n3 >> 16) - (late != 0 ? 12 : 0);
+  civil.day = (n3 & 0xFFFF) / 2141 + 1;
+  return civil;
+}
+
+// Calendar fields of a tick count below 2^63.
+struct Fields {
+  unsigned year;
+  unsigned month;
+  unsigned dayOfWeek;  // Sunday 0
+  unsigned day;
+  unsigned hour;
+  unsigned minute;
+  unsigned second;
+  unsigned millisecond;
+};
+
+inline Fields FieldsFromTicks(std::uint64_t ticks) {
+  const std::uint64_t seconds = ticks / ticksPerSecond;
+  const unsigned subSecond = static_cast<unsigned>(ticks - seconds * ticksPerSecond);
+  const std::uint32_t days = static_cast<std::uint32_t>(seconds / secondsPerDay);
+  const unsigned secondOfDay = static_cast<unsigned>(seconds - std::uint64_t{days} * secondsPerDay);
+  const Civil civil = CivilFromDays(days);
+  Fields fields;
+  fields.year = civil.year;
+  fields.month = civil.month;
+  fields.dayOfWeek = (days + 1) % 7;  // 1601-01-01 was a Monday
+  fields.day = civil.day;
+  fields.hour = secondOfDay / 3600;
+  fields.minute = secondOfDay / 60 % 60;
+  fields.second = secondOfDay % 60;
+  fields.millisecond = subSecond / static_cast<unsigned>(ticksPerMillisecond);
+  return fields;
+}
+
+}  // namespace detail
+}  // namespace Win32
+
+#endif  // TESSERA_WIN32_CALENDAR_H
