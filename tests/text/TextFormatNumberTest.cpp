@@ -155,6 +155,9 @@ TEST(TextFormatNumber, MatchesAFreshStreamForEveryType) {
     ExpectStreamText(scaled);
     const double halfway = (static_cast<double>(bits % 2000000) + 0.5) * std::pow(10.0, static_cast<int>(bits % 13) - 9);
     ExpectStreamText(halfway);
+    // Exact ties of the sixth digit, in integers and in powers of two.
+    ExpectStreamText(static_cast<double>((bits % 900000 + 100000) * 10 + 5) * std::pow(10.0, static_cast<int>(bits % 5)));
+    ExpectStreamText(std::ldexp(static_cast<double>(bits % 64 * 2 + 1), static_cast<int>(bits % 160) - 100));
     ExpectStreamText(static_cast<int>(bits));
     ExpectStreamText(static_cast<long long>(bits));
     ExpectStreamText(static_cast<short>(bits));
