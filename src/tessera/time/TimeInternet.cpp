@@ -13,29 +13,21 @@ namespace Tessera {
 
 namespace {
 
-const char* const monthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
+constexpr const char* monthNames[12] = {"Jan", "Feb", "Mar", "Apr", "May", "Jun",
                                     "Jul", "Aug", "Sep", "Oct", "Nov", "Dec"};
-const char* const shortDayNames[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+constexpr const char* shortDayNames[7] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
 const char* const longDayNames[7] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                      "Thursday", "Friday", "Saturday"};
 
-struct ZoneName {
-  const char* name;
-  int hours;
-};
+// In search order, with the hours each stands for.
+constexpr const char* zoneNames[11] = {"UT", "UTC", "GMT", "EST", "EDT", "CST", "CDT", "MST", "MDT", "PST", "PDT"};
+constexpr int zoneNameHours[11] = {0, 0, 0, -5, -4, -6, -5, -7, -6, -8, -7};
 
-// In search order.
-const ZoneName zoneNames[] = {{"UT", 0},   {"UTC", 0},  {"GMT", 0},  {"EST", -5},
-                              {"EDT", -4}, {"CST", -6}, {"CDT", -5}, {"MST", -7},
-                              {"MDT", -6}, {"PST", -8}, {"PDT", -7}};
-
-constexpr std::uint32_t monthKeys[12] = {
-    detail::Key3("Jan"), detail::Key3("Feb"), detail::Key3("Mar"), detail::Key3("Apr"),
-    detail::Key3("May"), detail::Key3("Jun"), detail::Key3("Jul"), detail::Key3("Aug"),
-    detail::Key3("Sep"), detail::Key3("Oct"), detail::Key3("Nov"), detail::Key3("Dec")};
-constexpr std::uint32_t shortDayKeys[7] = {detail::Key3("Sun"), detail::Key3("Mon"), detail::Key3("Tue"),
-                                           detail::Key3("Wed"), detail::Key3("Thu"), detail::Key3("Fri"),
-                                           detail::Key3("Sat")};
+constexpr detail::NameTable<12> monthTable(monthNames, 321703);
+constexpr detail::NameTable<7> shortDayTable(shortDayNames, 4061);
+constexpr detail::NameTable<11> zoneTable(zoneNames, 11511);
+static_assert(monthTable.Distinct() && shortDayTable.Distinct() && zoneTable.Distinct(),
+              "name tables need one slot per name");
 
 using Tokenizer = BasicStringTokenizer<char>;
 
@@ -95,12 +87,13 @@ bool ReadNumber(Tokenizer& tokens, int& value) {
 
 int ExpandTwoDigitYear(int year) { return year >= 50 ? year + 1900 : year + 2000; }
 
-// A 3-letter name, as the next token, out of names given by their keys.
-bool ReadShortName(Tokenizer& tokens, const std::uint32_t* keys, int count, int& index) {
+// A 3-letter name out of `names`, as the next token.
+template <int count>
+bool ReadShortName(Tokenizer& tokens, const detail::NameTable<count>& names, int& index) {
   const char* token = nullptr;
   unsigned int length = 0;
   if (!tokens.Next(token, length) || length != 3) return false;
-  index = detail::MatchKey3(token, keys, count);
+  index = names.Find(token, length);
   return index >= 0;
 }
 
@@ -152,14 +145,11 @@ bool ParseZone(const char* token, unsigned int length, int& hours, int& minutes)
     minutes = 0;
     return true;
   }
-  for (const ZoneName& zone : zoneNames) {
-    if (detail::EqualCaseless(token, length, zone.name)) {
-      hours = zone.hours;
-      minutes = 0;
-      return true;
-    }
-  }
-  return false;
+  const int zone = zoneTable.Find(token, length);
+  if (zone < 0) return false;
+  hours = zoneNameHours[zone];
+  minutes = 0;
+  return true;
 }
 
 // Sets the parsed fields and takes the zone off; false when the calendar refuses them.
@@ -200,12 +190,12 @@ bool ParseRfc1123Layout(const std::string& text, Time& time) {
   const char* p = text.data();
   const std::size_t size = text.size();
   if (size < 24 || p[3] != ',' || p[4] != ' ' || !detail::IsDigit(p[5])) return false;
-  if (detail::MatchKey3(p, shortDayKeys, 7) < 0) return false;
+  if (shortDayTable.Find(p, 3) < 0) return false;
   std::size_t at = 6;
   int day = p[5] - '0';
   if (detail::IsDigit(p[at])) day = day * 10 + (p[at++] - '0');
   if (size < at + 18 || p[at] != ' ' || p[at + 4] != ' ' || p[at + 9] != ' ') return false;
-  const int month = detail::MatchKey3(p + at + 1, monthKeys, 12);
+  const int month = monthTable.Find(p + at + 1, 3);
   const char* y = p + at + 5;
   const char* c = p + at + 10;
   if (month < 0 || !detail::IsDigit(y[0]) || !detail::IsDigit(y[1]) || !detail::IsDigit(y[2]) ||
@@ -248,7 +238,7 @@ bool Time::ParseRfc822(const std::string& text) {
   unsigned int runLength = 0;
   if (!tokens.Next(run, runLength)) return false;
   if (std::memchr(run, ',', runLength) != nullptr) {
-    if (wordLength != 3 || detail::MatchKey3(word, shortDayKeys, 7) < 0) return false;
+    if (wordLength != 3 || shortDayTable.Find(word, wordLength) < 0) return false;
   } else {
     tokens.SetPosition(0);
   }
@@ -256,7 +246,7 @@ bool Time::ParseRfc822(const std::string& text) {
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
+  if (!ReadShortName(tokens, monthTable, month)) return false;
   return ParseYearClockZone(tokens, day, month + 1, *this);
 }
 
@@ -270,7 +260,7 @@ bool Time::ParseRfc850(const std::string& text) {
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
+  if (!ReadShortName(tokens, monthTable, month)) return false;
   tokens.SkipDelimitersAndSet(" \t");
   return ParseYearClockZone(tokens, day, month + 1, *this);
 }
@@ -278,9 +268,9 @@ bool Time::ParseRfc850(const std::string& text) {
 bool Time::ParseAscTime(const std::string& text) {
   Tokenizer tokens(text.data(), static_cast<unsigned int>(text.size()), " \t", DelimitModeAnyOf);
   int weekday = 0;
-  if (!ReadShortName(tokens, shortDayKeys, 7, weekday)) return false;
+  if (!ReadShortName(tokens, shortDayTable, weekday)) return false;
   int month = 0;
-  if (!ReadShortName(tokens, monthKeys, 12, month)) return false;
+  if (!ReadShortName(tokens, monthTable, month)) return false;
   int day = 0;
   if (!ReadNumber(tokens, day) || day < 1 || day > 31) return false;
   const char* token = nullptr;

@@ -90,23 +90,6 @@ bool ReadField(const char* text, unsigned count, T& value) {
   return true;
 }
 
-// Three characters folded into one number: two 3-letter texts match without regard to
-// case when their keys are equal.
-constexpr std::uint32_t Key3(const char* text) {
-  return static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[0]))) << 16 |
-         static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[1]))) << 8 |
-         static_cast<unsigned char>(FoldAscii(text[2]));
-}
-
-// MatchName for a text of exactly 3 characters against names of 3 letters, by their keys.
-inline int MatchKey3(const char* text, const std::uint32_t* keys, int count) {
-  const std::uint32_t key = Key3(text);
-  for (int i = 0; i < count; ++i) {
-    if (keys[i] == key) return i;
-  }
-  return -1;
-}
-
 // Same length and equal without regard to ASCII case; a prefix never matches.
 inline bool EqualCaseless(const char* text, unsigned length, const char* name) {
   unsigned i = 0;
@@ -123,6 +106,50 @@ inline int MatchName(const char* text, unsigned length, const char* const* names
   }
   return -1;
 }
+
+// A name of 2 or 3 characters folded into one number with its length: two such texts
+// match without regard to case exactly when their keys are equal.
+constexpr std::uint32_t NameKey(const char* text, unsigned length) {
+  return length << 24 | static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[0]))) << 16 |
+         static_cast<std::uint32_t>(static_cast<unsigned char>(FoldAscii(text[1]))) << 8 |
+         (length > 2 ? static_cast<unsigned char>(FoldAscii(text[2])) : 0u);
+}
+
+constexpr unsigned Length(const char* text) { return text[0] == '\0' ? 0 : 1 + Length(text + 1); }
+
+// A fixed list of short names looked up by key in one probe: each name has a slot of its
+// own under `multiplier`, which the constructor checks at compile time.
+template <int count>
+class NameTable {
+ public:
+  constexpr NameTable(const char* const (&names)[count], std::uint32_t multiplier)
+      : multiplier_(multiplier), keys_(), indexes_(), distinct_(true) {
+    for (auto& index : indexes_) index = -1;
+    for (int i = 0; i < count; ++i) {
+      const std::uint32_t key = NameKey(names[i], Length(names[i]));
+      const unsigned slot = Slot(key);
+      if (indexes_[slot] >= 0) distinct_ = false;
+      keys_[slot] = key;
+      indexes_[slot] = static_cast<signed char>(i);
+    }
+  }
+  constexpr bool Distinct() const { return distinct_; }
+  // The index of the name that `text` matches (same length, caseless), or -1.
+  int Find(const char* text, unsigned length) const {
+    if (length < 2 || length > 3) return -1;
+    const std::uint32_t key = NameKey(text, length);
+    const unsigned slot = Slot(key);
+    return keys_[slot] == key ? indexes_[slot] : -1;
+  }
+
+ private:
+  constexpr unsigned Slot(std::uint32_t key) const { return (key * multiplier_) >> 27; }
+
+  std::uint32_t multiplier_;
+  std::uint32_t keys_[32];
+  signed char indexes_[32];
+  bool distinct_;
+};
 
 }  // namespace detail
 }  // namespace Tessera
