@@ -185,31 +185,6 @@ TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   EXPECT_EQ(Join(back), 5u);
 }
 
-TEST(Win32Clock, ClocksReadTheSystemTime) {
-  ZoneGuard zone(zoneWest0530);
-  const std::time_t before = ::time(nullptr);
-  Win32::FILETIME utc;
-  Win32::GetSystemTimeAsFileTime(&utc);
-  Win32::SYSTEMTIME local;
-  Win32::GetLocalTime(&local);
-  const std::time_t after = ::time(nullptr);
-
-  const std::int64_t seconds = static_cast<std::int64_t>(Join(utc) / ticksPerSecond) - epochSeconds;
-  EXPECT_GE(seconds, before);
-  EXPECT_LE(seconds, after);
-
-  Win32::FILETIME localTicks;
-  ASSERT_TRUE(Win32::SystemTimeToFileTime(&local, &localTicks));
-  EXPECT_EQ(Join(localTicks) % 10000, 0u);  // whole milliseconds
-  const std::int64_t localSeconds = static_cast<std::int64_t>(Join(localTicks) / ticksPerSecond) - epochSeconds;
-  EXPECT_GE(localSeconds, before - 19800);
-  EXPECT_LE(localSeconds, after - 19800);
-  std::tm expected;
-  const std::time_t shifted = localSeconds;
-  ::gmtime_r(&shifted, &expected);
-  EXPECT_EQ(local.wDayOfWeek, expected.tm_wday);
-}
-
 TEST(Win32Clock, PerformanceCounterIsMonotonicNanoseconds) {
   Win32::LARGE_INTEGER frequency;
   ASSERT_TRUE(Win32::QueryPerformanceFrequency(&frequency));
