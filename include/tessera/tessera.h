@@ -17,7 +17,10 @@
 #include <tessera/numerics/Mt19937.h>
 #include <tessera/platform/Module.h>
 #include <tessera/platform/SystemInfo.h>
+#include <tessera/time/StopWatch.h>
+#include <tessera/time/Time.h>
 #include <tessera/time/TimeSpan.h>
+#include <tessera/win32/Clock.h>
 #include <tessera/win32/LastError.h>
 #include <tessera/win32/Loader.h>
 
