@@ -2,206 +2,133 @@
 #include <tessera/win32/Clock.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <ctime>
 #include <random>
+#include <tuple>
 
-#include <gtest/gtest.h>
-
-#include "ZoneGuard.h"
+#include "TimeTesting.h"
 
 namespace {
 
-constexpr std::int64_t epochSeconds = 11644473600;  // 1601 to 1970
-constexpr std::uint64_t ticksPerSecond = 10000000;
+using Fields = std::tuple<int, int, int, int, int, int, int, int>;  // y m d wd h min s ms
 
-std::uint64_t Join(const Win32::FILETIME& value) {
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
+Fields Of(const Win32::SYSTEMTIME& s) {
+  return {s.wYear, s.wMonth, s.wDay, s.wDayOfWeek, s.wHour, s.wMinute, s.wSecond, s.wMilliseconds};
 }
 
-Win32::FILETIME Split(std::uint64_t ticks) {
-  return Win32::FILETIME{static_cast<Win32::DWORD>(ticks), static_cast<Win32::DWORD>(ticks >> 32)};
+Fields Of(const std::tm& t, int ms = 0) {
+  return {t.tm_year + 1900, t.tm_mon + 1, t.tm_mday, t.tm_wday, t.tm_hour, t.tm_min, t.tm_sec, ms};
 }
 
-Win32::SYSTEMTIME Fields(unsigned year, unsigned month, unsigned day, unsigned hour = 0,
-                         unsigned minute = 0, unsigned second = 0, unsigned ms = 0) {
-  return Win32::SYSTEMTIME{static_cast<Win32::WORD>(year), static_cast<Win32::WORD>(month), 0,
-                           static_cast<Win32::WORD>(day),  static_cast<Win32::WORD>(hour),
-                           static_cast<Win32::WORD>(minute), static_cast<Win32::WORD>(second),
-                           static_cast<Win32::WORD>(ms)};
+Win32::SYSTEMTIME System(int y, int m, int d, int h = 0, int min = 0, int s = 0, int ms = 0) {
+  return Win32::SYSTEMTIME{Win32::WORD(y), Win32::WORD(m), 0, Win32::WORD(d),
+                           Win32::WORD(h), Win32::WORD(min), Win32::WORD(s), Win32::WORD(ms)};
 }
 
-// Compares the calendar arithmetic with the C library's over random instants of the
-// whole range, both ways.
-TEST(Win32Clock, CalendarAgreesWithTheCLibraryFrom1601To30827) {
+constexpr std::int64_t epochSeconds = 11644473600;
+
+// Random instants of the whole range both ways, and through _gmtime64_s where it works
+// (1970 to 3000), against the C library.
+TEST(Win32Clock, CalendarAgreesWithTheCLibrary) {
   std::mt19937_64 random(20081112);
-  const std::int64_t first = -epochSeconds;                       // 1601-01-01
-  const std::int64_t last = 922314988800 - epochSeconds;          // 30828-01-01, exclusive
-  std::uniform_int_distribution<std::int64_t> seconds(first, last - 1);
+  std::uniform_int_distribution<std::int64_t> seconds(-epochSeconds, 922314988800 - epochSeconds - 1);
   for (int i = 0; i < 200000; ++i) {
-    const std::int64_t unix = seconds(random);
-    const unsigned ms = static_cast<unsigned>(random() % 1000);
-    const std::uint64_t ticks = static_cast<std::uint64_t>(unix + epochSeconds) * ticksPerSecond + ms * 10000 + 7;
+    const std::int64_t unix = i == 0 ? 0 : i == 1 ? 32535215999 : seconds(random);
+    const int ms = static_cast<int>(random() % 1000);
+    const std::uint64_t ticks = static_cast<std::uint64_t>(unix + epochSeconds) * 10000000 + ms * 10000 + 7;
     const std::time_t t = static_cast<std::time_t>(unix);
-    std::tm expected;
+    std::tm expected, actual;
     ASSERT_NE(::gmtime_r(&t, &expected), nullptr);
-
-    const Win32::FILETIME fileTime = Split(ticks);
+    const Win32::FILETIME in = Split(ticks);
     Win32::SYSTEMTIME fields;
-    ASSERT_TRUE(Win32::FileTimeToSystemTime(&fileTime, &fields));
-    ASSERT_EQ(fields.wYear, expected.tm_year + 1900) << unix;
-    ASSERT_EQ(fields.wMonth, expected.tm_mon + 1) << unix;
-    ASSERT_EQ(fields.wDay, expected.tm_mday) << unix;
-    ASSERT_EQ(fields.wDayOfWeek, expected.tm_wday) << unix;
-    ASSERT_EQ(fields.wHour, expected.tm_hour) << unix;
-    ASSERT_EQ(fields.wMinute, expected.tm_min) << unix;
-    ASSERT_EQ(fields.wSecond, expected.tm_sec) << unix;
-    ASSERT_EQ(fields.wMilliseconds, ms);
-
+    ASSERT_TRUE(Win32::FileTimeToSystemTime(&in, &fields));
+    ASSERT_EQ(Of(fields), Of(expected, ms)) << unix;
     fields.wDayOfWeek = 6;  // not read
     Win32::FILETIME back;
     ASSERT_TRUE(Win32::SystemTimeToFileTime(&fields, &back));
     ASSERT_EQ(Join(back), ticks - 7);
     ASSERT_EQ(::timegm(&expected), t);
+    if (unix < 0 || unix > 32535215999) continue;
+    ASSERT_EQ(Win32::_gmtime64_s(&actual, &unix), 0);
+    ASSERT_EQ(Of(actual), Of(expected)) << unix;
+    ASSERT_EQ(std::make_pair(actual.tm_yday, actual.tm_isdst), std::make_pair(expected.tm_yday, 0));
   }
-}
-
-TEST(Win32Clock, SystemTimeToFileTimeRefusesEveryFieldOutOfRange) {
-  const Win32::SYSTEMTIME refused[] = {
-      Fields(1600, 12, 31, 23, 59, 59, 999), Fields(30828, 1, 1), Fields(2008, 0, 1),
-      Fields(2008, 13, 1), Fields(2008, 1, 0), Fields(2008, 1, 32), Fields(2001, 2, 29),
-      Fields(1900, 2, 29), Fields(2008, 4, 31), Fields(2008, 1, 1, 24), Fields(2008, 1, 1, 0, 60),
-      Fields(2008, 1, 1, 0, 0, 60), Fields(2008, 1, 1, 0, 0, 0, 1000)};
-  for (const Win32::SYSTEMTIME& fields : refused) {
-    Win32::SetLastError(0);
-    Win32::FILETIME out{0x12345678, 0x9ABCDEF};
-    EXPECT_FALSE(Win32::SystemTimeToFileTime(&fields, &out)) << fields.wYear << "-" << fields.wMonth << "-" << fields.wDay;
-    EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
-    EXPECT_EQ(out.dwLowDateTime, 0x12345678u);
-    EXPECT_EQ(out.dwHighDateTime, 0x9ABCDEFu);
-  }
-
-  Win32::FILETIME out;
-  const Win32::SYSTEMTIME first = Fields(1601, 1, 1);
-  ASSERT_TRUE(Win32::SystemTimeToFileTime(&first, &out));
-  EXPECT_EQ(Join(out), 0u);
-  const Win32::SYSTEMTIME last = Fields(30827, 12, 31, 23, 59, 59, 999);
-  ASSERT_TRUE(Win32::SystemTimeToFileTime(&last, &out));
-  EXPECT_EQ(Join(out), 922314988800u * ticksPerSecond - 10000);
-  const Win32::SYSTEMTIME leap = Fields(2000, 2, 29);
-  EXPECT_TRUE(Win32::SystemTimeToFileTime(&leap, &out));
-}
-
-TEST(Win32Clock, FileTimeToSystemTimeCoversAllPositiveCounts) {
-  const Win32::FILETIME largest = Split(0x7FFFFFFFFFFFFFFFu);
-  Win32::SYSTEMTIME fields;
-  ASSERT_TRUE(Win32::FileTimeToSystemTime(&largest, &fields));
-  EXPECT_EQ(fields.wYear, 30828);
-  EXPECT_EQ(fields.wMonth, 9);
-  EXPECT_EQ(fields.wDay, 14);
-  EXPECT_EQ(fields.wHour, 2);
-  EXPECT_EQ(fields.wMinute, 48);
-  EXPECT_EQ(fields.wSecond, 5);
-  EXPECT_EQ(fields.wMilliseconds, 477);
-  EXPECT_EQ(fields.wDayOfWeek, 4);  // Thursday
-
-  const Win32::FILETIME zero = Split(0);
-  ASSERT_TRUE(Win32::FileTimeToSystemTime(&zero, &fields));
-  EXPECT_EQ(fields.wYear, 1601);
-  EXPECT_EQ(fields.wDayOfWeek, 1);  // Monday
-
-  Win32::SetLastError(0);
-  const Win32::FILETIME negative = Split(0x8000000000000000u);
-  fields.wYear = 7;
-  EXPECT_FALSE(Win32::FileTimeToSystemTime(&negative, &fields));
-  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(fields.wYear, 7);
-}
-
-TEST(Win32Clock, Gmtime64CoversUnixSecondsUpToTheYear3000) {
-  std::mt19937_64 random(42);
-  std::uniform_int_distribution<std::int64_t> seconds(0, 32535215999);
-  for (int i = 0; i < 20000; ++i) {
-    const std::int64_t value = i == 0 ? 32535215999 : i == 1 ? 0 : seconds(random);
-    const std::time_t t = static_cast<std::time_t>(value);
-    std::tm expected;
-    std::tm actual;
-    ::gmtime_r(&t, &expected);
-    ASSERT_EQ(Win32::_gmtime64_s(&actual, &value), 0);
-    ASSERT_EQ(actual.tm_year, expected.tm_year);
-    ASSERT_EQ(actual.tm_mon, expected.tm_mon);
-    ASSERT_EQ(actual.tm_mday, expected.tm_mday);
-    ASSERT_EQ(actual.tm_hour, expected.tm_hour);
-    ASSERT_EQ(actual.tm_min, expected.tm_min);
-    ASSERT_EQ(actual.tm_sec, expected.tm_sec);
-    ASSERT_EQ(actual.tm_wday, expected.tm_wday);
-    ASSERT_EQ(actual.tm_yday, expected.tm_yday);
-    ASSERT_EQ(actual.tm_isdst, 0);
-  }
-
   for (const std::int64_t value : {std::int64_t{-1}, std::int64_t{32535216000}}) {
     std::tm out;
     ASSERT_EQ(Win32::_gmtime64_s(&out, &value), EINVAL);
-    for (const int field : {out.tm_sec, out.tm_min, out.tm_hour, out.tm_mday, out.tm_mon,
-                            out.tm_year, out.tm_wday, out.tm_yday, out.tm_isdst}) {
-      EXPECT_EQ(field, -1);
-    }
+    EXPECT_EQ(Of(out), Fields(1899, 0, -1, -1, -1, -1, -1, 0));
+    EXPECT_EQ(std::make_pair(out.tm_yday, out.tm_isdst), std::make_pair(-1, -1));
   }
   std::tm out;
-  EXPECT_EQ(Win32::_gmtime64_s(&out, nullptr), EINVAL);
-  EXPECT_EQ(Win32::_gmtime64_s(nullptr, nullptr), EINVAL);
+  EXPECT_TRUE(Win32::_gmtime64_s(&out, nullptr) == EINVAL && Win32::_gmtime64_s(nullptr, nullptr) == EINVAL);
+}
+
+TEST(Win32Clock, CalendarLimits) {
+  const Win32::SYSTEMTIME bad[] = {
+      System(1600, 12, 31, 23, 59, 59, 999), System(30828, 1, 1), System(2008, 0, 1), System(2008, 13, 1),
+      System(2008, 1, 0), System(2008, 1, 32), System(2001, 2, 29), System(1900, 2, 29), System(2008, 4, 31),
+      System(2008, 1, 1, 24), System(2008, 1, 1, 0, 60), System(2008, 1, 1, 0, 0, 60),
+      System(2008, 1, 1, 0, 0, 0, 1000)};
+  for (const Win32::SYSTEMTIME& fields : bad) {
+    Win32::SetLastError(0);
+    Win32::FILETIME out = Split(0x9ABCDEF12345678u);
+    EXPECT_FALSE(Win32::SystemTimeToFileTime(&fields, &out)) << testing::PrintToString(Of(fields));
+    EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(Join(out), 0x9ABCDEF12345678u);
+  }
+  Win32::FILETIME out;
+  const Win32::SYSTEMTIME first = System(1601, 1, 1), last = System(30827, 12, 31, 23, 59, 59, 999);
+  ASSERT_TRUE(Win32::SystemTimeToFileTime(&first, &out));
+  EXPECT_EQ(Join(out), 0u);
+  ASSERT_TRUE(Win32::SystemTimeToFileTime(&last, &out));
+  EXPECT_EQ(Join(out), 9223149888000000000u - 10000);
+
+  // Every positive count renders; the largest is a Thursday in 30828, zero a Monday.
+  Win32::SYSTEMTIME fields;
+  const Win32::FILETIME largest = Split(0x7FFFFFFFFFFFFFFFu), zero = Split(0), negative = Split(1ull << 63);
+  ASSERT_TRUE(Win32::FileTimeToSystemTime(&largest, &fields));
+  EXPECT_EQ(Of(fields), Fields(30828, 9, 14, 4, 2, 48, 5, 477));
+  ASSERT_TRUE(Win32::FileTimeToSystemTime(&zero, &fields));
+  EXPECT_EQ(Of(fields), Fields(1601, 1, 1, 1, 0, 0, 0, 0));
+  Win32::SetLastError(0);
+  EXPECT_FALSE(Win32::FileTimeToSystemTime(&negative, &fields));
+  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(fields.wYear, 1601);
 }
 
 TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   const std::uint64_t noon = 150000000000000000u;
   const Win32::FILETIME utc = Split(noon);
-  Win32::FILETIME local;
-  Win32::FILETIME back;
-  {
-    ZoneGuard zone(zoneWest0530);
-    ASSERT_TRUE(Win32::FileTimeToLocalFileTime(&utc, &local));
-    EXPECT_EQ(Join(local), noon - 198000000000u);
-    ASSERT_TRUE(Win32::LocalFileTimeToFileTime(&local, &back));
-    EXPECT_EQ(Join(back), noon);
+  Win32::FILETIME local, back;
+  const std::pair<const char*, std::uint64_t> cases[] = {{zoneWest0530, noon - 198000000000},
+                                                          {zoneEast0100, noon + 36000000000}};
+  for (const auto& c : cases) {
+    ZoneGuard zone(c.first);
+    ASSERT_TRUE(Win32::FileTimeToLocalFileTime(&utc, &local) && Win32::LocalFileTimeToFileTime(&local, &back));
+    EXPECT_TRUE(Join(local) == c.second && Join(back) == noon) << c.first;
   }
   {
-    ZoneGuard zone(zoneEast0100);
-    ASSERT_TRUE(Win32::FileTimeToLocalFileTime(&utc, &local));
-    EXPECT_EQ(Join(local), noon + 36000000000u);
-  }
-  {
-    // Changed without tzset: re-read all the same.
     ZoneGuard zone("UTC0");
-    ::setenv("TZ", zoneEast0100, 1);
+    ::setenv("TZ", zoneEast0100, 1);  // changed without tzset: read anew all the same
     ASSERT_TRUE(Win32::LocalFileTimeToFileTime(&utc, &back));
     EXPECT_EQ(Join(back), noon - 36000000000u);
   }
-  // Whatever the date: a summer date in a zone with daylight saving gets today's offset,
-  // and a round trip is exact.
+  // The offset in force now applies to any date, so a round trip is exact even across
+  // a daylight-saving change.
   ZoneGuard zone("EST5EDT,M3.2.0,M11.1.0");
-  const Win32::FILETIME zero = Split(5);
-  ASSERT_TRUE(Win32::FileTimeToLocalFileTime(&zero, &local));
-  ASSERT_TRUE(Win32::LocalFileTimeToFileTime(&local, &back));
+  const Win32::FILETIME early = Split(5);
+  ASSERT_TRUE(Win32::FileTimeToLocalFileTime(&early, &local) && Win32::LocalFileTimeToFileTime(&local, &back));
   EXPECT_EQ(Join(back), 5u);
 }
 
-TEST(Win32Clock, PerformanceCounterIsMonotonicNanoseconds) {
-  Win32::LARGE_INTEGER frequency;
-  ASSERT_TRUE(Win32::QueryPerformanceFrequency(&frequency));
+TEST(Win32Clock, PerformanceCounterCountsNanoseconds) {
+  Win32::LARGE_INTEGER frequency, previous, now;
+  ASSERT_TRUE(Win32::QueryPerformanceFrequency(&frequency) && Win32::QueryPerformanceCounter(&previous));
   EXPECT_EQ(frequency.QuadPart, 1000000000);
-  Win32::LARGE_INTEGER previous;
-  ASSERT_TRUE(Win32::QueryPerformanceCounter(&previous));
-  for (int i = 0; i < 1000; ++i) {
-    Win32::LARGE_INTEGER now;
-    Win32::QueryPerformanceCounter(&now);
-    ASSERT_GE(now.QuadPart, previous.QuadPart);
-    previous = now;
-  }
-  ::timespec pause{0, 2000000};
+  const ::timespec pause{0, 2000000};
   ::nanosleep(&pause, nullptr);
-  Win32::LARGE_INTEGER later;
-  Win32::QueryPerformanceCounter(&later);
-  EXPECT_GE(later.QuadPart - previous.QuadPart, 2000000);
+  Win32::QueryPerformanceCounter(&now);
+  EXPECT_GE(now.QuadPart - previous.QuadPart, 2000000);
 }
 
 }  // namespace
