@@ -1,8 +1,13 @@
-// UTF-8 and UTF-16 converters. Runs of ASCII go 16 at a time through SSE2 where the target
-// has it; everything else is decoded one sequence at a time by the rules of the Unicode
-// Standard's table of well-formed byte sequences.
+// UTF-8 and UTF-16 converters, by the Unicode Standard's table of well-formed byte sequences.
+//
+// Each converter runs in rounds. A round first fixes a limit within which no sequence can be
+// cut off by the end of the source and every character fits the target, and runs a plain
+// loop up to it that takes only what is plainly well-formed, with no bounds checks; runs of
+// ASCII go 16 characters at a time through SSE2 where the target has it. Then one careful
+// step takes the next sequence with every check, or stops with the outcome.
 #include <tessera/text/Utf8.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -19,6 +24,10 @@
 #include <emmintrin.h>
 #define TESSERA_TEXT_SSE2 1
 #endif
+#if defined(__x86_64__) || defined(__i386__)
+#include <immintrin.h>
+#define TESSERA_TEXT_X86 1
+#endif
 
 namespace Tessera {
 namespace detail {
@@ -26,20 +35,25 @@ namespace {
 
 using Byte = unsigned char;
 
+// Most characters one round takes. Each round starts with a try for a run of ASCII with
+// vectors; the plain loop itself doesn't try, as mixed text would pay more for the tries than
+// it gains.
+constexpr std::ptrdiff_t kRoundMax = 4096;
+
 inline bool IsContinuation(Byte b) { return (b & 0xC0) == 0x80; }
 
-// Copies the ASCII bytes at `s` as units to `d`, 16 at a time while both sides have room,
-// and stops at the first other byte or when fewer than 16 remain.
-inline void WidenAsciiRun(const Byte*& s, const Byte* se, char16_t*& d, const char16_t* de) {
+// Widens the run of ASCII bytes at `s`, 16 at a time while `limit` lies 16 ahead, and moves
+// both positions past it. Up to 16 units behind the run may be overwritten.
+inline void WidenAsciiRun(const Byte*& s, char16_t*& d, const Byte* limit) {
 #ifdef TESSERA_TEXT_SSE2
   const __m128i zero = _mm_setzero_si128();
-  while (se - s >= 16 && de - d >= 16) {
+  while (limit - s >= 16) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_unpacklo_epi8(bytes, zero));
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), _mm_unpackhi_epi8(bytes, zero));
-    const unsigned int high = static_cast<unsigned int>(_mm_movemask_epi8(bytes));
-    if (high != 0) {
-      const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(high));
+    const unsigned int other = static_cast<unsigned int>(_mm_movemask_epi8(bytes));
+    if (other != 0) {
+      const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(other));
       s += ascii;
       d += ascii;
       return;
@@ -48,34 +62,195 @@ inline void WidenAsciiRun(const Byte*& s, const Byte* se, char16_t*& d, const ch
     d += 16;
   }
 #else
-  (void)se;
-  (void)de;
   (void)s;
   (void)d;
+  (void)limit;
 #endif
 }
 
-// Copies the units below 0x80 at `s` as bytes to `d`, as WidenAsciiRun does the other way.
-inline void NarrowAsciiRun(const char16_t*& s, const char16_t* se, Byte*& d, const Byte* de) {
+// Narrows the run of units below 0x80 at `s`, as WidenAsciiRun does the other way. Up to 16
+// bytes behind the run may be overwritten.
+inline void NarrowAsciiRun(const char16_t*& s, Byte*& d, const char16_t* limit) {
 #ifdef TESSERA_TEXT_SSE2
   const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
   const __m128i zero = _mm_setzero_si128();
-  while (se - s >= 16 && de - d >= 16) {
+  while (limit - s >= 16) {
     const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
     const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8));
-    const __m128i bad = _mm_and_si128(_mm_or_si128(low, high), nonAscii);
-    if (_mm_movemask_epi8(_mm_cmpeq_epi16(bad, zero)) != 0xFFFF) return;
     _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(low, high));
+    const __m128i asciiLow = _mm_cmpeq_epi16(_mm_and_si128(low, nonAscii), zero);
+    const __m128i asciiHigh = _mm_cmpeq_epi16(_mm_and_si128(high, nonAscii), zero);
+    const unsigned int other =
+        ~static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(asciiLow, asciiHigh))) & 0xFFFF;
+    if (other != 0) {
+      const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(other));
+      s += ascii;
+      d += ascii;
+      return;
+    }
     s += 16;
     d += 16;
   }
 #else
-  (void)se;
-  (void)de;
   (void)s;
   (void)d;
+  (void)limit;
 #endif
 }
+
+// One plainly well-formed multi-byte sequence, taken whole; false, with nothing taken, for
+// anything else.
+inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
+  const Byte lead = *s;
+  if (lead < 0xE0) {
+    if (lead < 0xC2 || !IsContinuation(s[1])) return false;
+    *d++ = static_cast<char16_t>(((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu));
+    s += 2;
+  } else if (lead < 0xF0) {
+    const Byte low = lead == 0xE0 ? 0xA0 : 0x80;
+    const Byte high = lead == 0xED ? 0x9F : 0xBF;
+    if (s[1] < low || s[1] > high || !IsContinuation(s[2])) return false;
+    *d++ = static_cast<char16_t>(((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu));
+    s += 3;
+  } else {
+    const Byte low = lead == 0xF0 ? 0x90 : 0x80;
+    const Byte high = lead == 0xF4 ? 0x8F : 0xBF;
+    if (lead > 0xF4 || s[1] < low || s[1] > high || !IsContinuation(s[2]) ||
+        !IsContinuation(s[3]))
+      return false;
+    const std::uint32_t c = (((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) |
+                             ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu)) - 0x10000;
+    d[0] = static_cast<char16_t>(0xD800 + (c >> 10));
+    d[1] = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
+    d += 2;
+    s += 4;
+  }
+  return true;
+}
+
+// The plain loop of UTF-8 to UTF-16, up to `limit` or to a sequence it leaves to the careful
+// step. Within the limit 3 bytes can be read behind any lead, and 2 units written.
+inline void WidenPlain(const Byte*& s, char16_t*& d, const Byte* limit) {
+  WidenAsciiRun(s, d, limit);
+  while (s < limit) {
+    if (*s < 0x80)
+      *d++ = *s++;
+    else if (!WidenMultiByte(s, d))
+      return;
+  }
+}
+
+// One character of the plain loop of UTF-16 to UTF-8; false, with nothing taken, for a
+// surrogate that isn't a high one followed by a low one.
+inline bool NarrowStep(const char16_t*& s, Byte*& d) {
+  const std::uint32_t c = *s;
+  if (c < 0x80) {
+    *d++ = static_cast<Byte>(c);
+    ++s;
+  } else if (c < 0x800) {
+    d[0] = static_cast<Byte>(0xC0 | (c >> 6));
+    d[1] = static_cast<Byte>(0x80 | (c & 0x3F));
+    d += 2;
+    ++s;
+  } else if (c - 0xD800 >= 0x800) {
+    d[0] = static_cast<Byte>(0xE0 | (c >> 12));
+    d[1] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
+    d[2] = static_cast<Byte>(0x80 | (c & 0x3F));
+    d += 3;
+    ++s;
+  } else {
+    const std::uint32_t low = s[1];
+    if (c >= 0xDC00 || low - 0xDC00 >= 0x400) return false;
+    const std::uint32_t point = ((c - 0xD800) << 10) + (low - 0xDC00) + 0x10000;
+    d[0] = static_cast<Byte>(0xF0 | (point >> 18));
+    d[1] = static_cast<Byte>(0x80 | ((point >> 12) & 0x3F));
+    d[2] = static_cast<Byte>(0x80 | ((point >> 6) & 0x3F));
+    d[3] = static_cast<Byte>(0x80 | (point & 0x3F));
+    d += 4;
+    s += 2;
+  }
+  return true;
+}
+
+// The plain loop of UTF-16 to UTF-8, up to `limit` or to a surrogate it leaves to the careful
+// step. Within the limit a pair's second unit can be read, and 16 bytes written.
+inline void NarrowPlain(const char16_t*& s, Byte*& d, const char16_t* limit) {
+  NarrowAsciiRun(s, d, limit);
+  while (s < limit)
+    if (!NarrowStep(s, d)) return;
+}
+
+#ifdef TESSERA_TEXT_X86
+
+// For each pattern of ASCII units among 8 (bit i for unit i), the shuffle that keeps both
+// bytes of the 2-byte units and the low byte of the ASCII ones, in order, and the number of
+// bytes kept.
+struct ShortUnitShuffles {
+  unsigned char order[256][16];
+  unsigned char size[256];
+};
+
+constexpr ShortUnitShuffles MakeShortUnitShuffles() {
+  ShortUnitShuffles table{};
+  for (int pattern = 0; pattern < 256; ++pattern) {
+    int size = 0;
+    for (int unit = 0; unit < 8; ++unit) {
+      table.order[pattern][size++] = static_cast<unsigned char>(2 * unit);
+      if (((pattern >> unit) & 1) == 0)
+        table.order[pattern][size++] = static_cast<unsigned char>(2 * unit + 1);
+    }
+    table.size[pattern] = static_cast<unsigned char>(size);
+    for (int i = size; i < 16; ++i) table.order[pattern][i] = 0x80;
+  }
+  return table;
+}
+
+constexpr ShortUnitShuffles kShortUnitShuffles = MakeShortUnitShuffles();
+
+// NarrowPlain with one more vector path: 8 units that all lie below 0x800 (Latin, Greek,
+// Cyrillic, Hebrew, Arabic and ASCII between them) are encoded together, their 1- and
+// 2-byte forms packed by a shuffle. A block with anything else goes unit by unit.
+__attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, Byte*& to,
+                                                        const char16_t* limit) {
+  // The positions are worked on in locals: byte stores could alias the caller's variables, and
+  // the compiler would reload them after each.
+  const char16_t* s = from;
+  Byte* d = to;
+  NarrowAsciiRun(s, d, limit);
+  const __m128i zero = _mm_setzero_si128();
+  const __m128i from0x800 = _mm_set1_epi16(static_cast<short>(0xF800));
+  const __m128i from0x80 = _mm_set1_epi16(static_cast<short>(0xFF80));
+  const __m128i low6 = _mm_set1_epi16(0x3F);
+  const __m128i marks = _mm_set1_epi16(static_cast<short>(0x80C0));
+  while (limit - s >= 8) {
+    const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+    if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, from0x800), zero)) != 0xFFFF) {
+      bool stalled = false;
+      for (const char16_t* const stop = s + 8; !stalled && s < stop;) stalled = !NarrowStep(s, d);
+      if (stalled) break;
+      continue;
+    }
+    const __m128i ascii = _mm_cmpeq_epi16(_mm_and_si128(units, from0x80), zero);
+    // Two bytes in each lane, lead first in memory: 110xxxxx, then 10xxxxxx.
+    const __m128i pair = _mm_or_si128(
+        _mm_or_si128(_mm_srli_epi16(units, 6), _mm_slli_epi16(_mm_and_si128(units, low6), 8)),
+        marks);
+    const __m128i lanes = _mm_or_si128(_mm_and_si128(ascii, units), _mm_andnot_si128(ascii, pair));
+    const unsigned int pattern =
+        static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(ascii, zero))) & 0xFF;
+    const __m128i order =
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(kShortUnitShuffles.order[pattern]));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_shuffle_epi8(lanes, order));
+    d += kShortUnitShuffles.size[pattern];
+    s += 8;
+  }
+  while (s < limit && NarrowStep(s, d)) {
+  }
+  from = s;
+  to = d;
+}
+
+#endif
 
 }  // namespace
 
@@ -85,25 +260,24 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
   const Byte* const se = reinterpret_cast<const Byte*>(fromEnd);
   char16_t* d = to;
   Utf8Outcome outcome = Utf8Outcome::done;
-  while (s < se) {
+  for (;;) {
+    // A sequence gives no more units than it has bytes, so a limit of (room - 1) bytes leaves
+    // room for a pair at its last place; ASCII runs write at most 16 units past their run,
+    // and stop 16 bytes short of the limit.
+    const std::ptrdiff_t input = (se - s) - 3;
+    const std::ptrdiff_t room = (toEnd - d) - 16;
+    WidenPlain(s, d, s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax})));
+    if (s == se) break;
     const Byte lead = *s;
-    if (lead < 0x80) {
-      WidenAsciiRun(s, se, d, toEnd);
-      while (s < se && *s < 0x80) {
-        if (d == toEnd) {
-          outcome = Utf8Outcome::noRoom;
-          goto stop;
-        }
-        *d++ = *s++;
-      }
-      continue;
-    }
     const std::size_t left = static_cast<std::size_t>(se - s);
     std::uint32_t c;
     std::size_t size;
     // The lead byte announces the size; a cut-off sequence is incomplete before anything in
     // it is judged.
-    if (lead < 0xC0) {
+    if (lead < 0x80) {
+      c = lead;
+      size = 1;
+    } else if (lead < 0xC0) {
       outcome = Utf8Outcome::invalid;
       break;
     } else if (lead < 0xE0) {
@@ -168,7 +342,6 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
     }
     s += size;
   }
-stop:
   from = reinterpret_cast<const char*>(s);
   to = d;
   return outcome;
@@ -180,19 +353,21 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
   Byte* d = reinterpret_cast<Byte*>(to);
   const Byte* const de = reinterpret_cast<const Byte*>(toEnd);
   Utf8Outcome outcome = Utf8Outcome::done;
-  while (s < fromEnd) {
+  for (;;) {
+    // A unit gives at most 3 bytes (a pair 4 for two), so a limit of (room - 4) / 3 units
+    // leaves room for a pair at its last place and for the 2 bytes a short unit writes; ASCII
+    // runs write at most 16 bytes past their run, and stop 16 units short of the limit.
+    const std::ptrdiff_t input = (fromEnd - s) - 1;
+    const std::ptrdiff_t room = ((de - d) - 16) / 3;
+    const char16_t* const limit = s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax}));
+#ifdef TESSERA_TEXT_X86
+    if (__builtin_cpu_supports("ssse3"))
+      NarrowPlainSsse3(s, d, limit);
+    else
+#endif
+      NarrowPlain(s, d, limit);
+    if (s == fromEnd) break;
     std::uint32_t c = *s;
-    if (c < 0x80) {
-      NarrowAsciiRun(s, fromEnd, d, de);
-      while (s < fromEnd && *s < 0x80) {
-        if (d == de) {
-          outcome = Utf8Outcome::noRoom;
-          goto stop;
-        }
-        *d++ = static_cast<Byte>(*s++);
-      }
-      continue;
-    }
     std::size_t units = 1;
     if (c >= 0xD800 && c <= 0xDFFF) {
       if (c >= 0xDC00) {
@@ -211,38 +386,34 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
       c = ((c - 0xD800) << 10) + (low - 0xDC00) + 0x10000;
       units = 2;
     }
-    const std::ptrdiff_t room = de - d;
-    if (c < 0x800) {
-      if (room < 2) {
-        outcome = Utf8Outcome::noRoom;
-        break;
-      }
-      d[0] = static_cast<Byte>(0xC0 | (c >> 6));
-      d[1] = static_cast<Byte>(0x80 | (c & 0x3F));
-      d += 2;
-    } else if (c < 0x10000) {
-      if (room < 3) {
-        outcome = Utf8Outcome::noRoom;
-        break;
-      }
-      d[0] = static_cast<Byte>(0xE0 | (c >> 12));
-      d[1] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
-      d[2] = static_cast<Byte>(0x80 | (c & 0x3F));
-      d += 3;
-    } else {
-      if (room < 4) {
-        outcome = Utf8Outcome::noRoom;
-        break;
-      }
-      d[0] = static_cast<Byte>(0xF0 | (c >> 18));
-      d[1] = static_cast<Byte>(0x80 | ((c >> 12) & 0x3F));
-      d[2] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
-      d[3] = static_cast<Byte>(0x80 | (c & 0x3F));
-      d += 4;
+    const std::size_t size = c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
+    if (static_cast<std::size_t>(de - d) < size) {
+      outcome = Utf8Outcome::noRoom;
+      break;
     }
+    switch (size) {
+      case 1:
+        d[0] = static_cast<Byte>(c);
+        break;
+      case 2:
+        d[0] = static_cast<Byte>(0xC0 | (c >> 6));
+        d[1] = static_cast<Byte>(0x80 | (c & 0x3F));
+        break;
+      case 3:
+        d[0] = static_cast<Byte>(0xE0 | (c >> 12));
+        d[1] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
+        d[2] = static_cast<Byte>(0x80 | (c & 0x3F));
+        break;
+      default:
+        d[0] = static_cast<Byte>(0xF0 | (c >> 18));
+        d[1] = static_cast<Byte>(0x80 | ((c >> 12) & 0x3F));
+        d[2] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
+        d[3] = static_cast<Byte>(0x80 | (c & 0x3F));
+        break;
+    }
+    d += size;
     s += units;
   }
-stop:
   from = s;
   to = reinterpret_cast<char*>(d);
   return outcome;
@@ -254,8 +425,10 @@ namespace {
 
 using detail::Utf8Outcome;
 
-// Size of the piece of target that TextNarrowUtf8 fills before it appends to the result.
-constexpr std::size_t kNarrowPiece = 256;
+// Size of the pieces of target that TextNarrowUtf8 adds to the result one by one. The result
+// doesn't depend on it: a character is never split between two pieces. Large pieces spare
+// the rounds that a filling piece takes ever shorter.
+constexpr std::size_t kNarrowPiece = 16384;
 
 }  // namespace
 
@@ -292,11 +465,15 @@ void TextNarrowUtf8(const char16_t* text, unsigned int length, std::string& out)
   const char16_t* from = text;
   const char16_t* const end = text + length;
   Utf8Outcome outcome = Utf8Outcome::noRoom;
-  char piece[kNarrowPiece];
+  // Each piece is converted in place at the end of `out`, which is cut back to what was
+  // written; with no room left the next piece goes on from there.
   while (outcome == Utf8Outcome::noRoom) {
+    const std::size_t used = out.size();
+    out.resize(used + kNarrowPiece);
+    char* const piece = &out[used];
     char* to = piece;
-    outcome = detail::ConvertUtf16ToUtf8(from, end, to, piece + sizeof piece);
-    out.append(piece, static_cast<std::size_t>(to - piece));
+    outcome = detail::ConvertUtf16ToUtf8(from, end, to, piece + kNarrowPiece);
+    out.resize(used + static_cast<std::size_t>(to - piece));
   }
   if (outcome == Utf8Outcome::incomplete)
     throw TextConversionError("unable to narrow incomplete Unicode sequence",
