@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <random>
 #include <string>
 
 #include <tessera/frame/Errors.h>
@@ -65,6 +67,33 @@ std::string NarrowMessage(const std::u16string& units, std::string& out) {
     return error.what();
   }
   return "";
+}
+
+void AppendUtf8(std::string& out, std::uint32_t c) {
+  if (c < 0x80) {
+    out += static_cast<char>(c);
+  } else if (c < 0x800) {
+    out += static_cast<char>(0xC0 | (c >> 6));
+    out += static_cast<char>(0x80 | (c & 0x3F));
+  } else if (c < 0x10000) {
+    out += static_cast<char>(0xE0 | (c >> 12));
+    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (c & 0x3F));
+  } else {
+    out += static_cast<char>(0xF0 | (c >> 18));
+    out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+    out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+    out += static_cast<char>(0x80 | (c & 0x3F));
+  }
+}
+
+void AppendUtf16(std::u16string& out, std::uint32_t c) {
+  if (c < 0x10000) {
+    out += static_cast<char16_t>(c);
+  } else {
+    out += static_cast<char16_t>(0xD800 + ((c - 0x10000) >> 10));
+    out += static_cast<char16_t>(0xDC00 + ((c - 0x10000) & 0x3FF));
+  }
 }
 
 const char kWidenIncomplete[] = "unable to widen incomplete UTF-8 sequence";
@@ -228,6 +257,42 @@ TEST(Utf8, WidenCharLooksAhead) {
   const std::string ascii(40, 'q');
   EXPECT_EQ(WidenCharUtf8(out, ascii.data(), npos), 1u);
   EXPECT_EQ(out, u'q');
+}
+
+TEST(Utf8, LongTextsOfEveryKindConvertBothWays) {
+  // Long random texts reach the vector paths: ASCII runs, blocks of units below U+0800 with
+  // ASCII among them, and everything else in between; a bad unit or byte then stops the
+  // conversion at its exact place.
+  std::mt19937 random(99);
+  const std::uint32_t starts[] = {0x20, 0xA0, 0x400, 0x4E00, 0x1F600, 0xE000};
+  const std::uint32_t spans[] = {0x5F, 0x60, 0x100, 0x200, 0x50, 0x1000};
+  for (int round = 0; round < 200; ++round) {
+    std::string bytes;
+    std::u16string units;
+    const int kinds = 1 + round % 6;
+    const std::size_t count = random() % 3000;
+    for (std::size_t i = 0; i < count; ++i) {
+      const int kind = static_cast<int>(random() % kinds);
+      const std::uint32_t c = starts[kind] + random() % spans[kind];
+      AppendUtf8(bytes, c);
+      AppendUtf16(units, c);
+    }
+    std::u16string wide;
+    TextWidenUtf8(bytes.data(), static_cast<unsigned int>(bytes.size()), wide);
+    ASSERT_EQ(wide, units) << round;
+    std::string narrow;
+    TextNarrowUtf8(units.data(), static_cast<unsigned int>(units.size()), narrow);
+    ASSERT_EQ(narrow, bytes) << round;
+    if (units.empty()) continue;
+    const std::size_t at = random() % units.size();
+    if (units[at] >= 0xD800 && units[at] <= 0xDFFF) continue;
+    std::u16string broken = units;
+    broken[at] = 0xDC00;
+    EXPECT_EQ(NarrowMessage(broken, narrow), kNarrowInvalid);
+    std::u16string prefix;
+    TextWidenUtf8(narrow.data(), static_cast<unsigned int>(narrow.size()), prefix);
+    EXPECT_EQ(prefix, units.substr(0, at)) << round;
+  }
 }
 
 TEST(Utf8, DefaultCharsetFollowsTheLocale) {
