@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,32 +12,40 @@
 
 using Tessera::BitReader;
 using Tessera::BitWriter;
+using Bytes = std::vector<unsigned char>;
 
 namespace {
 
-// Bit p of a byte array in stream order: the model the streams are checked against.
+// Bit p of a byte array in stream order.
 bool BitOf(const unsigned char* bytes, std::uint32_t p) { return (bytes[p / 8] >> (7 - p % 8)) & 1; }
 
-// Runs `call` and checks that it throws Error with the given message and function.
-template <class Error, class Call>
-void ExpectError(Call call, const char* message, const char* function) {
+// The model the streams are checked against: `bytes` with `count` bits of `source`, taken
+// from its bit `from`, put on bit by bit at bit `to`.
+Bytes Moved(Bytes bytes, const unsigned char* source, std::uint32_t from, std::uint32_t to, std::uint32_t count) {
+  for (std::uint32_t i = 0; i < count; ++i) {
+    const unsigned char mask = static_cast<unsigned char>(0x80u >> (to + i) % 8);
+    unsigned char& byte = bytes[(to + i) / 8];
+    byte = static_cast<unsigned char>(BitOf(source, from + i) ? byte | mask : byte & ~mask);
+  }
+  return bytes;
+}
+
+Bytes BigEndian(std::uint32_t word) {
+  return {static_cast<unsigned char>(word >> 24), static_cast<unsigned char>(word >> 16),
+          static_cast<unsigned char>(word >> 8), static_cast<unsigned char>(word)};
+}
+
+// Runs `call` and checks that it throws Error, with its message, from Tessera::`function`.
+template <class Error = Plaint::LengthError, class Call>
+void ExpectError(const std::string& function, Call call) {
   try {
     call();
     ADD_FAILURE() << "no exception from " << function;
   } catch (const Error& error) {
-    EXPECT_STREQ(error.what(), message);
-    EXPECT_STREQ(error.GetContext().function, function);
+    const bool tooMany = std::is_same<Error, Plaint::OutOfRange>::value;
+    EXPECT_STREQ(error.what(), tooMany ? "too many bits" : "buffer capacity exceeded");
+    EXPECT_EQ(error.GetContext().function, "Tessera::" + function);
   }
-}
-#define EXPECT_FULL(call, function) \
-  ExpectError<Plaint::LengthError>([&] { call; }, "buffer capacity exceeded", function)
-#define EXPECT_TOO_MANY(call, function) ExpectError<Plaint::OutOfRange>([&] { call; }, "too many bits", function)
-
-std::vector<unsigned char> RandomBytes(std::size_t size, std::uint32_t seed) {
-  std::mt19937 generator(seed);
-  std::vector<unsigned char> bytes(size);
-  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(generator());
-  return bytes;
 }
 
 }  // namespace
@@ -45,139 +54,85 @@ TEST(BitReader, ReadsMostSignificantBitFirstAndChecksInOrder) {
   const unsigned char byte = 0xA5;
   BitReader reader(&byte, 8);
   for (bool bit : {true, false, true, false, false, true, false, true}) EXPECT_EQ(reader.ReadBit(), bit);
-  EXPECT_FULL(reader.ReadBit(), "Tessera::BitReader::ReadBit");
+  ExpectError("BitReader::ReadBit", [&] { reader.ReadBit(); });
   EXPECT_EQ(reader.ReadBits(0), 0u);  // no check at all for 0 bits
-  EXPECT_TOO_MANY(reader.ReadBits(33), "Tessera::BitReader::ReadBits");  // before the room test
-  EXPECT_FULL(reader.ReadBits(1), "Tessera::BitReader::ReadBits");
+  ExpectError<Plaint::OutOfRange>("BitReader::ReadBits", [&] { reader.ReadBits(33); });  // before the room test
+  ExpectError("BitReader::ReadBits", [&] { reader.ReadBits(1); });
 
-  BitReader nibbles(&byte, 8);
-  EXPECT_EQ(nibbles.ReadBits(4), 10u);
-  EXPECT_EQ(nibbles.ReadBits(4), 5u);
-  const unsigned char bytes[] = {0xAB, 0xCD, 0x12, 0x34, 0x56};
-  BitReader across(bytes, 40);
-  EXPECT_EQ(across.ReadBits(12), 0xABCu);
-  EXPECT_TOO_MANY(across.ReadBits(33), "Tessera::BitReader::ReadBits");
-  EXPECT_EQ(across.ReadBits(28), 0xD123456u);
-}
-
-TEST(BitReader, CapacityIsInBitsAndNeverPassed) {
+  // The capacity is in bits; a failed call leaves the position.
   const unsigned char bytes[] = {0x12, 0x34};
-  BitReader reader(bytes, 12);
-  EXPECT_FULL(reader.ReadBits(13), "Tessera::BitReader::ReadBits");
-  reader.SkipBits(4);
-  // Counts that would wrap a 32-bit sum still throw, and the position stays.
-  EXPECT_FULL(reader.SkipBits(0xFFFFFFFFu), "Tessera::BitReader::SkipBits");
-  EXPECT_FULL(reader.SkipBits(0x80000000u), "Tessera::BitReader::SkipBits");
-  EXPECT_EQ(reader.ReadBits(4), 0x2u);
-  reader.SkipBits(4);  // to exactly the end
-  reader.SkipBits(0);
-  EXPECT_FULL(reader.SkipBits(1), "Tessera::BitReader::SkipBits");
+  BitReader twelve(bytes, 12);
+  ExpectError("BitReader::ReadBits", [&] { twelve.ReadBits(13); });
+  twelve.SkipBits(4);
+  ExpectError("BitReader::SkipBits", [&] { twelve.SkipBits(0xFFFFFFFFu); });  // would wrap a 32-bit sum
+  ExpectError("BitReader::SkipBits", [&] { twelve.SkipBits(0x80000000u); });
+  EXPECT_EQ(twelve.ReadBits(4), 0x2u);
+  twelve.SkipBits(4);  // to exactly the end
+  twelve.SkipBits(0);
+  ExpectError("BitReader::SkipBits", [&] { twelve.SkipBits(1); });
   unsigned char target = 0x77;
-  reader.ReadData(&target, 0, 5);
-  EXPECT_FULL(reader.ReadData(&target, 1, 0), "Tessera::BitReader::ReadData");
+  twelve.ReadData(&target, 0, 5);
+  ExpectError("BitReader::ReadData", [&] { twelve.ReadData(&target, 1, 0); });
   EXPECT_EQ(target, 0x77);
 }
 
-TEST(BitWriter, SetsAndClearsOnlyItsBits) {
-  unsigned char byte = 0x00;
-  BitWriter writer(&byte, 8);
-  writer.WriteBits(3, 0xFF);
-  EXPECT_EQ(byte, 0xE0);
-  EXPECT_EQ(writer.GetBitCount(), 3u);
-  byte = 0xFF;
-  BitWriter clearing(&byte, 8);
-  clearing.WriteBits(3, 0);
-  EXPECT_EQ(byte, 0x1F);
-  clearing.WriteBit(true);
-  clearing.WriteBit(false);  // older contents are really overwritten
-  EXPECT_EQ(byte, 0x17);
-  clearing.SkipBits(3);
-  EXPECT_FULL(clearing.WriteBit(true), "Tessera::BitWriter::WriteBit");
-  clearing.WriteBits(0u, 0xFFFFFFFFu);
-  EXPECT_TOO_MANY(clearing.WriteBits(33, 0), "Tessera::BitWriter::WriteBits");
-  EXPECT_FULL(clearing.WriteBits(1, 0), "Tessera::BitWriter::WriteBits");
-  EXPECT_FULL(clearing.SkipBits(1), "Tessera::BitWriter::SkipBits");
-  EXPECT_EQ(byte, 0x17);
-  EXPECT_EQ(clearing.GetBitCount(), 8u);
-}
-
-TEST(BitWriter, WriteBitsFromText) {
-  unsigned char bytes[6] = {0xFF, 0x00, 0, 0, 0, 0};
-  BitWriter writer(bytes, 48);
-  writer.WriteBits("", 0xFFFFFFFFu);
+TEST(BitWriter, TextSenseAndChecksInOrder) {
+  unsigned char bytes[] = {0xFF, 0xFF};
+  BitWriter writer(bytes, 12);
   writer.WriteBits("0101x", 0xFFFFFFFFu);  // '0' writes 1, any other character 0
   writer.WriteBits("111", 2);
-  EXPECT_EQ(writer.GetBitCount(), 7u);
-  EXPECT_EQ(bytes[0], 0xA1);
-  EXPECT_FULL(writer.WriteBits(std::string(42, '1').c_str(), 0xFFFFFFFFu), "Tessera::BitWriter::WriteBits");
-  writer.SkipBits(1);
-  writer.WriteBits(std::string(40, '0').c_str(), 0xFFFFFFFFu);  // no limit of 32
-  EXPECT_EQ(writer.GetBitCount(), 48u);
-  EXPECT_EQ(bytes[5], 0xFF);
+  ExpectError<Plaint::OutOfRange>("BitWriter::WriteBits", [&] { writer.WriteBits(33, 0); });  // before the room test
+  ExpectError("BitWriter::WriteBits", [&] { writer.WriteBits(6, 0); });
+  ExpectError("BitWriter::WriteBits", [&] { writer.WriteBits("000000", 0xFFFFFFFFu); });
+  ExpectError("BitWriter::WriteData", [&] { writer.WriteData(bytes, 6, 0); });
+  ExpectError("BitWriter::SkipBits", [&] { writer.SkipBits(6); });
+  writer.SkipBits(5);
+  ExpectError("BitWriter::WriteBit", [&] { writer.WriteBit(false); });
+  EXPECT_EQ(writer.GetBitCount(), 12u);
+  EXPECT_EQ(Bytes(bytes, bytes + 2), (Bytes{0xA1, 0xFF}));
 }
 
-TEST(BitStream, BitsAtEveryPhaseAndWidth) {
-  const std::vector<unsigned char> background = RandomBytes(9, 5);
-  std::mt19937 generator(6);
+TEST(BitStream, EveryPhaseAgainstAPerBitModel) {
+  std::mt19937 generator(5);
+  Bytes background(16), source(16);
+  for (unsigned char& byte : background) byte = static_cast<unsigned char>(generator());
+  for (unsigned char& byte : source) byte = static_cast<unsigned char>(generator());
   for (std::uint32_t capacity : {72u, 69u, 40u}) {  // the last bytes take the slow path
+    // Exactly the stream's bytes, so that an access past them is caught.
+    const Bytes stream(background.begin(), background.begin() + (capacity + 7) / 8);
     for (std::uint32_t start = 0; start < capacity; ++start) {
       for (unsigned int count = 1; count <= 32 && start + count <= capacity; ++count) {
-        std::vector<unsigned char> memory = background;
-        const unsigned int value = static_cast<unsigned int>(generator());
+        const std::uint32_t value = generator();
+        Bytes memory = stream;
         BitWriter writer(memory.data(), capacity);
         writer.SkipBits(start);
         writer.WriteBits(count, value);
-        for (std::uint32_t p = 0; p < 72; ++p) {
-          const bool inside = p >= start && p < start + count;
-          ASSERT_EQ(BitOf(memory.data(), p), inside ? ((value >> (count - 1 - (p - start))) & 1) != 0 : BitOf(background.data(), p))
-              << start << " " << count << " " << p;
-        }
-        BitReader reader(background.data(), capacity);
+        ASSERT_EQ(memory, Moved(stream, BigEndian(value).data(), 32 - count, start, count))
+            << capacity << " " << start << " " << count;
+        BitReader reader(stream.data(), capacity);
         reader.SkipBits(start);
-        unsigned int expected = 0;
-        for (unsigned int i = 0; i < count; ++i) expected = (expected << 1) | BitOf(background.data(), start + i);
-        ASSERT_EQ(reader.ReadBits(count), expected) << capacity << " " << start << " " << count;
+        ASSERT_EQ(BigEndian(reader.ReadBits(count)), Moved(BigEndian(0), stream.data(), start, 32 - count, count))
+            << capacity << " " << start << " " << count;
       }
     }
   }
-}
-
-TEST(BitStream, DataAtEveryPhasePair) {
-  const std::vector<unsigned char> source = RandomBytes(16, 7);
-  const std::vector<unsigned char> background = RandomBytes(16, 8);
+  // Data from bit `offset` of a source goes on at stream bit `start`, and back from there to
+  // bit `offset` of a target: every pair of phases, aligned and not.
   for (std::uint32_t start = 0; start < 16; ++start) {
     for (unsigned int offset = 0; offset < 16; ++offset) {
       for (unsigned int count = 0; start + count <= 96; ++count) {
-        // The writer puts source bits from `offset` on at stream bit `start`...
-        std::vector<unsigned char> memory = background;
+        Bytes memory = background, target = background;
         BitWriter writer(memory.data(), 96);
         writer.SkipBits(start);
         writer.WriteData(source.data(), count, offset);
-        ASSERT_EQ(writer.GetBitCount(), start + count);
-        // ...and the reader takes them from there to `offset` of a target.
-        std::vector<unsigned char> target = background;
+        const std::string where = std::to_string(start) + " " + std::to_string(offset) + " " + std::to_string(count);
+        ASSERT_EQ(memory, Moved(background, source.data(), offset, start, count)) << where;
         BitReader reader(source.data(), 96);
         reader.SkipBits(start);
         reader.ReadData(target.data(), count, offset);
-        for (std::uint32_t p = 0; p < 128; ++p) {
-          const bool written = p >= start && p < start + count;
-          ASSERT_EQ(BitOf(memory.data(), p), written ? BitOf(source.data(), offset + p - start) : BitOf(background.data(), p))
-              << "write " << start << " " << offset << " " << count << " " << p;
-          const bool read = p >= offset && p < offset + count;
-          ASSERT_EQ(BitOf(target.data(), p), read ? BitOf(source.data(), start + p - offset) : BitOf(background.data(), p))
-              << "read " << start << " " << offset << " " << count << " " << p;
-        }
-        if (start + count < 96) {
-          ASSERT_EQ(reader.ReadBits(1), unsigned(BitOf(source.data(), start + count)));
-        }
+        ASSERT_EQ(target, Moved(background, source.data(), start, offset, count)) << where;
+        ASSERT_TRUE(start + count == 96 || reader.ReadBit() == BitOf(source.data(), start + count)) << where;
       }
     }
   }
-  // Past the room nothing moves.
-  std::vector<unsigned char> memory = background;
-  BitWriter writer(memory.data(), 96);
-  writer.SkipBits(90);
-  EXPECT_FULL(writer.WriteData(source.data(), 7, 0), "Tessera::BitWriter::WriteData");
-  EXPECT_EQ(memory, background);
-  EXPECT_EQ(writer.GetBitCount(), 90u);
 }

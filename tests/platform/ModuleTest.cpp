@@ -15,6 +15,7 @@ namespace {
 const char* const modulePath = TESSERA_TEST_MODULE_PATH;
 const char* const missingPath = "/nonexistent/libtessera_missing.so";
 
+// Whether the test module is in the process, seen without taking a reference.
 bool IsLoaded() {
   void* handle = ::dlopen(modulePath, RTLD_LAZY | RTLD_NOLOAD);
   if (handle != nullptr) ::dlclose(handle);
@@ -29,58 +30,47 @@ int CallAnswer(Module& module) {
   return answer == nullptr ? -1 : answer();
 }
 
-}  // namespace
-
-TEST(Module, LoadBindsAndUnloadsWithTheObject) {
-  Module empty;
-  EXPECT_FALSE(empty.IsValid());
-  EXPECT_EQ(empty.BindSymbol("TesseraTestModuleAnswer"), nullptr);
-  empty.Close();
-  EXPECT_EQ(empty.Release(), nullptr);
-  ASSERT_FALSE(IsLoaded());
-  {
-    Module module(modulePath, Module::AccessLoad, 0);
-    ASSERT_TRUE(module.IsValid());
-    EXPECT_EQ(CallAnswer(module), 42);
-    Win32::SetLastError(0);
-    EXPECT_EQ(module.BindSymbol("NoSuchSymbol"), nullptr);
-    EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_PROC_NOT_FOUND);
-  }
-  EXPECT_FALSE(IsLoaded());
-  EXPECT_FALSE(Module(missingPath, Module::AccessLoad, 0).IsValid());
+// The error that `call` leaves when it fails, 0 when it succeeds.
+template <class Call>
+Win32::DWORD ErrorOf(Call call) {
+  Win32::SetLastError(0);
+  return call() ? 0 : Win32::GetLastError();
 }
 
-TEST(Module, FailedLoadOrOpenKeepsWhatWasHeld) {
+}  // namespace
+
+TEST(Module, LoadHoldsOneReferenceUntilClosed) {
   Module module;
+  EXPECT_TRUE(!module.IsValid() && module.GetHandle() == nullptr && CallAnswer(module) == -1);
+  module.Close();
+  ASSERT_FALSE(IsLoaded());
   ASSERT_TRUE(module.Load(modulePath, 0));
   const Module::Handle before = module.GetHandle();
-  Win32::SetLastError(0);
-  EXPECT_FALSE(module.Load(missingPath, 0));
-  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_MOD_NOT_FOUND);
+  EXPECT_EQ(ErrorOf([&] { return module.BindSymbol("NoSuchSymbol") != nullptr; }), Win32::ERROR_PROC_NOT_FOUND);
+  // A failed Load or Open keeps what was held.
+  EXPECT_EQ(ErrorOf([&] { return module.Load(missingPath, 0); }), Win32::ERROR_MOD_NOT_FOUND);
   EXPECT_FALSE(module.Open(missingPath, 0));
   EXPECT_EQ(module.GetHandle(), before);
   EXPECT_EQ(CallAnswer(module), 42);
-  // Loading the same module again takes the new reference before the old one goes.
+  // Loading again gives back the old reference once the new one is held; another object
+  // loading it has a reference of its own.
   EXPECT_TRUE(module.Load(modulePath, Win32::DONT_RESOLVE_DLL_REFERENCES));
+  { Module scoped(modulePath, Module::AccessLoad, 0); }
   module.Close();
   EXPECT_FALSE(IsLoaded());
 }
 
 TEST(Module, OnlyOwnedReferencesAreGivenBack) {
   void* own = Hold();
-  Module attached;
-  attached.Attach(Hold(), true);
-  attached.Close();  // gives back the attached reference, once
-  attached.Close();
-  EXPECT_TRUE(IsLoaded());
-  attached.Attach(own, false);
-  attached.Close();  // not owned
-  void* released;
-  {
-    Module module(modulePath, Module::AccessLoad, 0);
-    released = module.Release();
-    EXPECT_FALSE(module.IsValid());
-  }
+  Module module;
+  module.Attach(Hold(), true);
+  module.Close();  // gives back the attached reference, once
+  module.Close();
+  ASSERT_TRUE(IsLoaded());
+  module.Attach(own, false);
+  ASSERT_TRUE(module.Load(modulePath, 0));  // closes the unowned handle: nothing given back
+  void* released = module.Release();
+  EXPECT_FALSE(module.IsValid());
   ::dlclose(own);
   EXPECT_TRUE(IsLoaded());  // the released reference lives on
   ::dlclose(released);
@@ -100,22 +90,19 @@ TEST(Module, OpenTakesAReferenceUnlessFlagTwoSaysNot) {
 
   own = Hold();
   {
-    Module uncounted;
-    ASSERT_TRUE(uncounted.Open(modulePath, Win32::GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT));
-    EXPECT_EQ(uncounted.GetHandle(), own);
     // A bare file name finds the loaded module as well.
-    Module byName(TESSERA_TEST_MODULE_NAME, Module::AccessOpen, 2);
-    EXPECT_EQ(byName.GetHandle(), own);
-  }
-  {
+    Module uncounted;
+    ASSERT_TRUE(uncounted.Open(TESSERA_TEST_MODULE_NAME, Win32::GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT));
+    EXPECT_EQ(uncounted.GetHandle(), own);
     // Where the platform lacks GetModuleHandleExA, Open never owns.
     Tessera::detail::GetModuleHandleExFunction& entry = Tessera::detail::ModuleHandleExEntry();
     const Tessera::detail::GetModuleHandleExFunction saved = entry;
     entry = nullptr;
     Module plain(modulePath, Module::AccessOpen, 0);
-    EXPECT_EQ(plain.GetHandle(), own);
     entry = saved;
+    EXPECT_EQ(plain.GetHandle(), own);
   }
+  ASSERT_TRUE(IsLoaded());  // neither gave back a reference
   ::dlclose(own);
   EXPECT_FALSE(IsLoaded());
 }
@@ -125,20 +112,15 @@ TEST(Win32Loader, FindsModulesAndReportsFailures) {
   EXPECT_NE(Win32::GetProcAddress(nullptr, "malloc"), nullptr);
   Win32::HMODULE loaded = Win32::LoadLibraryExA(modulePath, nullptr, 0);
   ASSERT_NE(loaded, nullptr);
-  EXPECT_EQ(Win32::GetModuleHandleA(modulePath), loaded);
   Win32::HMODULE byAddress = nullptr;
   const char* inside = static_cast<const char*>(Win32::GetProcAddress(loaded, "TesseraTestModuleAnswer"));
   ASSERT_NE(Win32::GetModuleHandleExA(Win32::GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, inside, &byAddress), 0);
   EXPECT_EQ(byAddress, loaded);
-  EXPECT_NE(Win32::FreeLibrary(byAddress), 0);
-  EXPECT_NE(Win32::FreeLibrary(loaded), 0);
+  EXPECT_TRUE(Win32::FreeLibrary(byAddress) != 0 && Win32::FreeLibrary(loaded) != 0);
   EXPECT_FALSE(IsLoaded());
 
-  Win32::SetLastError(0);
-  EXPECT_EQ(Win32::GetModuleHandleA(modulePath), nullptr);
-  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_MOD_NOT_FOUND);
-  EXPECT_EQ(Win32::GetModuleHandleExA(3, nullptr, &byAddress), 0);  // PIN with UNCHANGED_REFCOUNT
-  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(Win32::FreeLibrary(nullptr), 0);
-  EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_HANDLE);
+  EXPECT_EQ(ErrorOf([] { return Win32::GetModuleHandleA(modulePath) != nullptr; }), Win32::ERROR_MOD_NOT_FOUND);
+  // PIN together with UNCHANGED_REFCOUNT
+  EXPECT_EQ(ErrorOf([&] { return Win32::GetModuleHandleExA(3, nullptr, &byAddress); }), Win32::ERROR_INVALID_PARAMETER);
+  EXPECT_EQ(ErrorOf([] { return Win32::FreeLibrary(nullptr); }), Win32::ERROR_INVALID_HANDLE);
 }
