@@ -55,7 +55,8 @@ void ParseTextNumeric(benchmark::State& state, const std::vector<std::string>& t
   for (auto _ : state) {
     for (const std::string& text : texts) {
       T value{};
-      bool ok = Tessera::TextNumeric(text.data(), static_cast<unsigned int>(text.size()), value, 10);
+      bool ok =
+          Tessera::TextNumeric(text.data(), static_cast<unsigned int>(text.size()), value, 10);
       benchmark::DoNotOptimize(ok);
       benchmark::DoNotOptimize(value);
     }
@@ -78,7 +79,9 @@ void ParseFromChars(benchmark::State& state, const std::vector<std::string>& tex
 
 void BM_TextNumericInt(benchmark::State& state) { ParseTextNumeric<int>(state, Texts(Integers())); }
 void BM_FromCharsInt(benchmark::State& state) { ParseFromChars<int>(state, Texts(Integers())); }
-void BM_TextNumericDouble(benchmark::State& state) { ParseTextNumeric<double>(state, Texts(Reals())); }
+void BM_TextNumericDouble(benchmark::State& state) {
+  ParseTextNumeric<double>(state, Texts(Reals()));
+}
 void BM_FromCharsDouble(benchmark::State& state) { ParseFromChars<double>(state, Texts(Reals())); }
 BENCHMARK(BM_TextNumericInt);
 BENCHMARK(BM_FromCharsInt);

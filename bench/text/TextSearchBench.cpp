@@ -18,16 +18,17 @@ const char* const kNeedles[] = {"the ultimate", "quintessence"};  // 12 bytes ea
 const std::string& Haystack(std::int64_t needle) {
   static std::string texts[2];
   std::string& text = texts[needle];
-  if (text.empty()) text = [needle] {
-    const std::string prose =
-        "It was the best of times, it was the worst of times, it was the age of wisdom, it was "
-        "the age of foolishness, it was the epoch of belief, it was the epoch of incredulity, "
-        "it was the season of Light, it was the season of Darkness. ";
-    std::string result;
-    while (result.size() < kTextSize - 12) result += prose;
-    result.resize(kTextSize - 12);
-    return result + kNeedles[needle];
-  }();
+  if (text.empty())
+    text = [needle] {
+      const std::string prose =
+          "It was the best of times, it was the worst of times, it was the age of wisdom, it was "
+          "the age of foolishness, it was the epoch of belief, it was the epoch of incredulity, "
+          "it was the season of Light, it was the season of Darkness. ";
+      std::string result;
+      while (result.size() < kTextSize - 12) result += prose;
+      result.resize(kTextSize - 12);
+      return result + kNeedles[needle];
+    }();
   return text;
 }
 
@@ -36,7 +37,8 @@ void BM_TextFind(benchmark::State& state) {
   const char* needle = kNeedles[state.range(0)];
   for (auto _ : state) {
     benchmark::DoNotOptimize(text.data());
-    unsigned int at = Tessera::TextFind(text.data(), static_cast<unsigned int>(text.size()), needle, 12);
+    unsigned int at =
+        Tessera::TextFind(text.data(), static_cast<unsigned int>(text.size()), needle, 12);
     benchmark::DoNotOptimize(at);
   }
   state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations() * text.size()));

@@ -18,22 +18,28 @@ void Check(bool condition) {
   if (!condition) std::abort();
 }
 
-bool IsSpace(char c) { return static_cast<signed char>(c) > 0 && std::isspace(static_cast<unsigned char>(c)); }
+bool IsSpace(char c) {
+  return static_cast<signed char>(c) > 0 && std::isspace(static_cast<unsigned char>(c));
+}
 bool IsSpace(char16_t c) { return std::iswspace(c) != 0; }
 
 // Length of the delimiter at `at`, or 0.
 template <class C>
-std::size_t DelimiterAt(const std::basic_string<C>& text, std::size_t at, const std::basic_string<C>& delimiter,
-                        int mode) {
+std::size_t DelimiterAt(const std::basic_string<C>& text, std::size_t at,
+                        const std::basic_string<C>& delimiter, int mode) {
   if (delimiter.empty()) return IsSpace(text[at]) != (mode == 2) ? 1 : 0;
-  if (mode == 0) return text.compare(at, delimiter.size(), delimiter) == 0 && text.size() - at >= delimiter.size() ? delimiter.size() : 0;
+  if (mode == 0)
+    return text.compare(at, delimiter.size(), delimiter) == 0 &&
+                   text.size() - at >= delimiter.size()
+               ? delimiter.size()
+               : 0;
   const bool found = delimiter.find(text[at]) != std::basic_string<C>::npos;
   return found == (mode == 1) ? 1 : 0;
 }
 
 template <class C>
-std::vector<std::basic_string<C>> ReferenceTokens(const std::basic_string<C>& text, const std::basic_string<C>& delimiter,
-                                                  int mode) {
+std::vector<std::basic_string<C>> ReferenceTokens(const std::basic_string<C>& text,
+                                                  const std::basic_string<C>& delimiter, int mode) {
   std::vector<std::basic_string<C>> tokens;
   std::size_t at = 0;
   for (;;) {
@@ -48,7 +54,8 @@ std::vector<std::basic_string<C>> ReferenceTokens(const std::basic_string<C>& te
 
 template <class C>
 void Exercise(const std::basic_string<C>& text, const std::basic_string<C>& delimiter, int mode) {
-  Tessera::BasicStringTokenizer<C> tokenizer(text.data(), static_cast<unsigned int>(text.size()), delimiter.c_str(),
+  Tessera::BasicStringTokenizer<C> tokenizer(text.data(), static_cast<unsigned int>(text.size()),
+                                             delimiter.c_str(),
                                              static_cast<Tessera::DelimitMode>(mode));
   std::vector<std::basic_string<C>> tokens;
   const C* token;

@@ -110,10 +110,12 @@ void Compare(const std::string& narrow, unsigned int base) {
   else
     ok = ReferenceInteger(wide, base, expected);
   T got = T(7);
-  Check(Tessera::TextNumeric<char, T>(narrow.data(), static_cast<unsigned int>(narrow.size()), got, base) == ok);
+  Check(Tessera::TextNumeric<char, T>(narrow.data(), static_cast<unsigned int>(narrow.size()), got,
+                                      base) == ok);
   Check(Same(got, ok ? expected : T(7)));
   T gotWide = T(7);
-  Check(Tessera::TextNumeric<char16_t, T>(wide.data(), static_cast<unsigned int>(wide.size()), gotWide, base) == ok);
+  Check(Tessera::TextNumeric<char16_t, T>(wide.data(), static_cast<unsigned int>(wide.size()),
+                                          gotWide, base) == ok);
   Check(Same(gotWide, got));
   T gotShifted = T(7);
   T expectedShifted = T(7);
@@ -122,8 +124,8 @@ void Compare(const std::string& narrow, unsigned int base) {
     okShifted = ReferenceFloating(shifted, base, expectedShifted);
   else
     okShifted = ReferenceInteger(shifted, base, expectedShifted);
-  Check(Tessera::TextNumeric<char16_t, T>(shifted.data(), static_cast<unsigned int>(shifted.size()), gotShifted, base) ==
-        okShifted);
+  Check(Tessera::TextNumeric<char16_t, T>(shifted.data(), static_cast<unsigned int>(shifted.size()),
+                                          gotShifted, base) == okShifted);
   Check(Same(gotShifted, expectedShifted));
 }
 
@@ -135,19 +137,45 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const int type = data[1] % 13;
   const std::string text(reinterpret_cast<const char*>(data + 2), size - 2);
   switch (type) {
-    case 0: Compare<signed char>(text, base); break;
-    case 1: Compare<unsigned char>(text, base); break;
-    case 2: Compare<short>(text, base); break;
-    case 3: Compare<unsigned short>(text, base); break;
-    case 4: Compare<int>(text, base); break;
-    case 5: Compare<unsigned int>(text, base); break;
-    case 6: Compare<long>(text, base); break;
-    case 7: Compare<unsigned long>(text, base); break;
-    case 8: Compare<long long>(text, base); break;
-    case 9: Compare<unsigned long long>(text, base); break;
-    case 10: Compare<float>(text, base); break;
-    case 11: Compare<double>(text, base); break;
-    default: Compare<long double>(text, base); break;
+    case 0:
+      Compare<signed char>(text, base);
+      break;
+    case 1:
+      Compare<unsigned char>(text, base);
+      break;
+    case 2:
+      Compare<short>(text, base);
+      break;
+    case 3:
+      Compare<unsigned short>(text, base);
+      break;
+    case 4:
+      Compare<int>(text, base);
+      break;
+    case 5:
+      Compare<unsigned int>(text, base);
+      break;
+    case 6:
+      Compare<long>(text, base);
+      break;
+    case 7:
+      Compare<unsigned long>(text, base);
+      break;
+    case 8:
+      Compare<long long>(text, base);
+      break;
+    case 9:
+      Compare<unsigned long long>(text, base);
+      break;
+    case 10:
+      Compare<float>(text, base);
+      break;
+    case 11:
+      Compare<double>(text, base);
+      break;
+    default:
+      Compare<long double>(text, base);
+      break;
   }
   return 0;
 }

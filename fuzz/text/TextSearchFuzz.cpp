@@ -24,7 +24,8 @@ bool EqualBounded(const C* a, const C* b, std::size_t n) {
 }
 
 template <class C>
-unsigned int Plain(const std::basic_string<C>& text, const std::basic_string<C>& sought, bool reverse) {
+unsigned int Plain(const std::basic_string<C>& text, const std::basic_string<C>& sought,
+                   bool reverse) {
   const std::size_t n = text.size(), m = sought.size();
   if (m == 0 || m > n) return Tessera::npos;
   for (std::size_t k = 0; k <= n - m; ++k) {
@@ -55,9 +56,12 @@ void Exercise(const std::basic_string<C>& text, const std::basic_string<C>& soug
       if (c >= C('A') && c <= C('Z')) c = static_cast<C>(c - C('A') + C('a'));
     return s;
   };
-  Check(Tessera::TextFindCaseless(text.data(), n, sought.data(), m) == Plain(fold(text), fold(sought), false));
-  Check(Tessera::TextRFindCaseless(text.data(), n, sought.data(), m) == Plain(fold(text), fold(sought), true));
-  Check(Tessera::TextFindFirstOfCaseless(text.data(), n, sought.data(), m) == PlainFirstOf(fold(text), fold(sought)));
+  Check(Tessera::TextFindCaseless(text.data(), n, sought.data(), m) ==
+        Plain(fold(text), fold(sought), false));
+  Check(Tessera::TextRFindCaseless(text.data(), n, sought.data(), m) ==
+        Plain(fold(text), fold(sought), true));
+  Check(Tessera::TextFindFirstOfCaseless(text.data(), n, sought.data(), m) ==
+        PlainFirstOf(fold(text), fold(sought)));
 }
 
 }  // namespace

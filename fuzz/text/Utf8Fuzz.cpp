@@ -51,10 +51,10 @@ void Append8(std::string& out, std::uint32_t c) {
 
 struct Reference {
   Utf8Outcome outcome;
-  std::size_t taken;       // source units taken
-  std::size_t written;     // target units written
-  std::u16string wide;     // for UTF-8 input
-  std::string narrow;      // for UTF-16 input
+  std::size_t taken;    // source units taken
+  std::size_t written;  // target units written
+  std::u16string wide;  // for UTF-8 input
+  std::string narrow;   // for UTF-16 input
 };
 
 // The decoder written straight from the definition: decode the code point bit by bit, then
@@ -64,7 +64,12 @@ Reference DecodeUtf8(const unsigned char* s, std::size_t n, std::size_t room) {
   std::size_t i = 0;
   while (i < n) {
     const unsigned int lead = s[i];
-    const std::size_t extra = lead < 0xC0 ? 0 : lead < 0xE0 ? 1 : lead < 0xF0 ? 2 : lead < 0xF8 ? 3 : lead < 0xFC ? 4 : 5;
+    const std::size_t extra = lead < 0xC0   ? 0
+                              : lead < 0xE0 ? 1
+                              : lead < 0xF0 ? 2
+                              : lead < 0xF8 ? 3
+                              : lead < 0xFC ? 4
+                                            : 5;
     if (n - i < extra + 1) {
       r.outcome = Utf8Outcome::incomplete;
       break;
@@ -135,7 +140,8 @@ Utf8Outcome Run(F operation) {
   try {
     operation();
   } catch (const Tessera::TextConversionError& error) {
-    return std::strstr(error.what(), "incomplete") != nullptr ? Utf8Outcome::incomplete : Utf8Outcome::invalid;
+    return std::strstr(error.what(), "incomplete") != nullptr ? Utf8Outcome::incomplete
+                                                              : Utf8Outcome::invalid;
   }
   return Utf8Outcome::done;
 }
@@ -166,11 +172,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::u16string target(room == static_cast<std::size_t>(-1) / 4 ? size + 1 : room, u'\0');
     const char* from = text;
     char16_t* to = &target[0];
-    const Utf8Outcome outcome = Tessera::detail::ConvertUtf8ToUtf16(from, text + size, to, to + target.size());
+    const Utf8Outcome outcome =
+        Tessera::detail::ConvertUtf8ToUtf16(from, text + size, to, to + target.size());
     const Reference expected = DecodeUtf8(data, size, target.size());
     Check(outcome == expected.outcome);
     Check(static_cast<std::size_t>(from - text) == expected.taken);
-    Check(std::u16string(target.data(), static_cast<std::size_t>(to - target.data())) == expected.wide);
+    Check(std::u16string(target.data(), static_cast<std::size_t>(to - target.data())) ==
+          expected.wide);
   }
 
   // WidenCharUtf8: the converter with a target of one unit.
@@ -188,7 +196,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   std::memcpy(&units[0], data, units.size() * 2);
   const Reference narrow = EncodeUtf16(units.data(), units.size(), static_cast<std::size_t>(-1));
   std::string bytes = "x";
-  Check(Run([&] { Tessera::TextNarrowUtf8(units.data(), static_cast<unsigned int>(units.size()), bytes); }) == narrow.outcome);
+  Check(Run([&] {
+          Tessera::TextNarrowUtf8(units.data(), static_cast<unsigned int>(units.size()), bytes);
+        }) == narrow.outcome);
   Check(bytes == narrow.narrow);
   if (narrow.outcome == Utf8Outcome::done) {
     std::u16string back;
@@ -196,16 +206,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Check(back == units);
   }
   {
-    const std::size_t bytesRoom = room == static_cast<std::size_t>(-1) / 4 ? units.size() * 3 + 1 : room;
+    const std::size_t bytesRoom =
+        room == static_cast<std::size_t>(-1) / 4 ? units.size() * 3 + 1 : room;
     std::string target(bytesRoom, '\0');
     const char16_t* from = units.data();
     char* to = &target[0];
-    const Utf8Outcome outcome =
-        Tessera::detail::ConvertUtf16ToUtf8(from, units.data() + units.size(), to, to + target.size());
+    const Utf8Outcome outcome = Tessera::detail::ConvertUtf16ToUtf8(
+        from, units.data() + units.size(), to, to + target.size());
     const Reference expected = EncodeUtf16(units.data(), units.size(), target.size());
     Check(outcome == expected.outcome);
     Check(static_cast<std::size_t>(from - units.data()) == expected.taken);
-    Check(std::string(target.data(), static_cast<std::size_t>(to - target.data())) == expected.narrow);
+    Check(std::string(target.data(), static_cast<std::size_t>(to - target.data())) ==
+          expected.narrow);
   }
   return 0;
 }

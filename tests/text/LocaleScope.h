@@ -22,9 +22,10 @@ class LocaleScope {
 };
 
 // Skips the test, with the reason, when the locale can't be set.
-#define REQUIRE_LOCALE(scope, name)                                                        \
-  LocaleScope scope(name);                                                                 \
-  if (!scope.active())                                                                     \
-  GTEST_SKIP() << "locale " << name << " is not available; generate it (locale-gen) to run this test"
+#define REQUIRE_LOCALE(scope, name) \
+  LocaleScope scope(name);          \
+  if (!scope.active())              \
+  GTEST_SKIP() << "locale " << name \
+               << " is not available; generate it (locale-gen) to run this test"
 
 #endif  // TESSERA_TESTS_TEXT_LOCALESCOPE_H

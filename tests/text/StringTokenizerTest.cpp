@@ -121,9 +121,14 @@ TEST(StringTokenizer, EmptyDelimiterMeansWhiteSpace) {
 TEST(StringTokenizer, NarrowWhiteSpaceIgnoresNulAndHighBytes) {
   // 0xA0 is a no-break space in Latin-1 locales, but a narrow byte with the high bit set is
   // never white space; nor is a NUL inside an explicit length.
-  const char text[] = "a\xA0" "b\0c d";
+  const char text[] =
+      "a\xA0"
+      "b\0c d";
   Tokenizer tokenizer(text, sizeof text - 1, nullptr, DelimitModeAnyOf);
-  EXPECT_EQ(AllTokens(tokenizer), (Strings{std::string("a\xA0" "b\0c", 5), "d"}));
+  EXPECT_EQ(AllTokens(tokenizer), (Strings{std::string("a\xA0"
+                                                       "b\0c",
+                                                       5),
+                                           "d"}));
 }
 
 TEST(StringTokenizer, WideWhiteSpaceFollowsTheLocale) {
@@ -231,7 +236,8 @@ TEST(StringTokenizer, CopiesGoOnIndependently) {
 
 TEST(StringTokenizer, WideModes) {
   WideTokenizer tokenizer(u"\u00e9t\u00e9--hiver--\u6625", 13, u"--", DelimitModeString);
-  EXPECT_EQ(AllTokens(tokenizer), (std::vector<std::u16string>{u"\u00e9t\u00e9", u"hiver", u"\u6625"}));
+  EXPECT_EQ(AllTokens(tokenizer),
+            (std::vector<std::u16string>{u"\u00e9t\u00e9", u"hiver", u"\u6625"}));
   WideTokenizer anyOf(u"a\u00b7b\u00b7\u00b7c", u"\u00b7", DelimitModeAnyOf);
   EXPECT_EQ(AllTokens(anyOf), (std::vector<std::u16string>{u"a", u"b", u"c"}));
   WideTokenizer noneOf(u"x\uff11\uff12y", u"\uff11\uff12", DelimitModeNoneOf);

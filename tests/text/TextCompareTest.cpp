@@ -114,9 +114,10 @@ TEST(TextCompare, TurkishLocaleFoldsDotlessI) {
 
 TEST(TextFind, EdgeCases) {
   using NarrowSearch = unsigned int (*)(const char*, unsigned int, const char*, unsigned int);
-  for (NarrowSearch search : {static_cast<NarrowSearch>(TextFind), static_cast<NarrowSearch>(TextRFind),
-                              static_cast<NarrowSearch>(TextFindCaseless),
-                              static_cast<NarrowSearch>(TextRFindCaseless)}) {
+  for (NarrowSearch search :
+       {static_cast<NarrowSearch>(TextFind), static_cast<NarrowSearch>(TextRFind),
+        static_cast<NarrowSearch>(TextFindCaseless),
+        static_cast<NarrowSearch>(TextRFindCaseless)}) {
     EXPECT_EQ(search("abc", 3, "", 0), npos);
     EXPECT_EQ(search("", 0, "", 0), npos);
     EXPECT_EQ(search("", npos, "", npos), npos);
@@ -188,8 +189,10 @@ TEST(TextFind, AgreesWithThePlainScan) {
         << round;
     std::u16string wideText(text.begin(), text.end());
     std::u16string wideSought(sought.begin(), sought.end());
-    ASSERT_EQ(TextFind(wideText.data(), n, wideSought.data(), m), ReferenceFind(text, sought, false));
-    ASSERT_EQ(TextRFind(wideText.data(), n, wideSought.data(), m), ReferenceFind(text, sought, true));
+    ASSERT_EQ(TextFind(wideText.data(), n, wideSought.data(), m),
+              ReferenceFind(text, sought, false));
+    ASSERT_EQ(TextRFind(wideText.data(), n, wideSought.data(), m),
+              ReferenceFind(text, sought, true));
   }
   // A needle at the very end of a long text, at every alignment of the vector blocks.
   std::string text(4096 + 64, 'x');

@@ -20,7 +20,8 @@ using Tessera::TextFormatNumber;
 namespace {
 
 template <class T>
-constexpr bool kIsByte = std::is_same<T, signed char>::value || std::is_same<T, unsigned char>::value;
+constexpr bool kIsByte =
+    std::is_same<T, signed char>::value || std::is_same<T, unsigned char>::value;
 
 // What a fresh stream writes, narrow and wide.
 template <class T>
@@ -54,18 +55,63 @@ void ExpectStreamText(const T& value) {
 template <class T>
 std::vector<T> IntegerEdges() {
   using L = std::numeric_limits<T>;
-  std::vector<T> values = {L::min(), static_cast<T>(L::min() + 1), static_cast<T>(-1), 0, 1,
-                           static_cast<T>(L::max() - 1), L::max(), 9, 10, 99, 100};
+  std::vector<T> values = {L::min(),
+                           static_cast<T>(L::min() + 1),
+                           static_cast<T>(-1),
+                           0,
+                           1,
+                           static_cast<T>(L::max() - 1),
+                           L::max(),
+                           9,
+                           10,
+                           99,
+                           100};
   return values;
 }
 
 std::vector<double> DoubleEdges() {
   using L = std::numeric_limits<double>;
-  return {0.0, -0.0, L::denorm_min(), -L::denorm_min(), L::min(), 2.2250738585072009e-308,
-          L::max(), L::lowest(), L::epsilon(), L::infinity(), -L::infinity(), L::quiet_NaN(),
-          -L::quiet_NaN(), 1e-5, 1e-4, 9.99999e-5, 0.000099999949, 0.00009999995, 999999.5,
-          999999.4, 999999.0, 9999995.0, 1e6, 1e5, 123456.5, 1234567.0, 0.1, 0.3, 1.0 / 3,
-          3.14159274, 100000.0, 1e15, 1e16, 1e21, 1e22, 1e100, 5e-324, 0.5, 2.5, 0.05, 1e-7};
+  return {0.0,
+          -0.0,
+          L::denorm_min(),
+          -L::denorm_min(),
+          L::min(),
+          2.2250738585072009e-308,
+          L::max(),
+          L::lowest(),
+          L::epsilon(),
+          L::infinity(),
+          -L::infinity(),
+          L::quiet_NaN(),
+          -L::quiet_NaN(),
+          1e-5,
+          1e-4,
+          9.99999e-5,
+          0.000099999949,
+          0.00009999995,
+          999999.5,
+          999999.4,
+          999999.0,
+          9999995.0,
+          1e6,
+          1e5,
+          123456.5,
+          1234567.0,
+          0.1,
+          0.3,
+          1.0 / 3,
+          3.14159274,
+          100000.0,
+          1e15,
+          1e16,
+          1e21,
+          1e22,
+          1e100,
+          5e-324,
+          0.5,
+          2.5,
+          0.05,
+          1e-7};
 }
 
 }  // namespace
@@ -136,8 +182,9 @@ TEST(TextFormatNumber, MatchesAFreshStreamForEveryType) {
     ExpectStreamText(static_cast<long double>(v));
   }
   // Long doubles that are no doubles, near the rounding points of six digits.
-  for (long double v : {0.1L, 999999.5L + 1e-12L, 1.0000005L, 1.00000050000000001L, 1e-4000L,
-                        1e4000L, std::nextafter(1.0000005L, 2.0L), std::nextafter(1.0000005L, 0.0L)})
+  for (long double v :
+       {0.1L, 999999.5L + 1e-12L, 1.0000005L, 1.00000050000000001L, 1e-4000L, 1e4000L,
+        std::nextafter(1.0000005L, 2.0L), std::nextafter(1.0000005L, 0.0L)})
     ExpectStreamText(v);
 
   std::mt19937_64 random(7);
@@ -151,13 +198,17 @@ TEST(TextFormatNumber, MatchesAFreshStreamForEveryType) {
     std::memcpy(&f, &low, sizeof f);
     ExpectStreamText(f);
     // Values of everyday size, and halfway cases of the sixth digit.
-    const double scaled = std::ldexp(static_cast<double>(bits >> 11), -53) * std::pow(10.0, static_cast<int>(bits % 24) - 8);
+    const double scaled = std::ldexp(static_cast<double>(bits >> 11), -53) *
+                          std::pow(10.0, static_cast<int>(bits % 24) - 8);
     ExpectStreamText(scaled);
-    const double halfway = (static_cast<double>(bits % 2000000) + 0.5) * std::pow(10.0, static_cast<int>(bits % 13) - 9);
+    const double halfway = (static_cast<double>(bits % 2000000) + 0.5) *
+                           std::pow(10.0, static_cast<int>(bits % 13) - 9);
     ExpectStreamText(halfway);
     // Exact ties of the sixth digit, in integers and in powers of two.
-    ExpectStreamText(static_cast<double>((bits % 900000 + 100000) * 10 + 5) * std::pow(10.0, static_cast<int>(bits % 5)));
-    ExpectStreamText(std::ldexp(static_cast<double>(bits % 64 * 2 + 1), static_cast<int>(bits % 160) - 100));
+    ExpectStreamText(static_cast<double>((bits % 900000 + 100000) * 10 + 5) *
+                     std::pow(10.0, static_cast<int>(bits % 5)));
+    ExpectStreamText(
+        std::ldexp(static_cast<double>(bits % 64 * 2 + 1), static_cast<int>(bits % 160) - 100));
     ExpectStreamText(static_cast<int>(bits));
     ExpectStreamText(static_cast<long long>(bits));
     ExpectStreamText(static_cast<short>(bits));
@@ -169,7 +220,8 @@ TEST(TextFormatNumber, FollowsTheGlobalStreamLocale) {
   try {
     std::locale::global(std::locale("de_DE.UTF-8"));
   } catch (const std::runtime_error&) {
-    GTEST_SKIP() << "locale de_DE.UTF-8 is not available; generate it (locale-gen) to run this test";
+    GTEST_SKIP()
+        << "locale de_DE.UTF-8 is not available; generate it (locale-gen) to run this test";
   }
   std::string narrow;
   std::u16string wide;

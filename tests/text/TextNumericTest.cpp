@@ -22,8 +22,8 @@ std::optional<T> Read(const char* text, unsigned int base = 10) {
   T narrowValue{};
   T wideValue{};
   const bool narrowOk = TextNumeric<char, T>(text, npos, narrowValue, base);
-  const bool wideOk =
-      TextNumeric<char16_t, T>(wide.data(), static_cast<unsigned int>(wide.size()), wideValue, base);
+  const bool wideOk = TextNumeric<char16_t, T>(wide.data(), static_cast<unsigned int>(wide.size()),
+                                               wideValue, base);
   EXPECT_EQ(narrowOk, wideOk) << text;
   if (narrowOk && wideOk) {
     EXPECT_EQ(narrowValue, wideValue) << text;
@@ -150,12 +150,21 @@ TEST(TextNumeric, FailureLeavesTheValueAndCountsEveryCharacter) {
   int value = 77;
   EXPECT_FALSE(TextNumeric("12x", npos, value, 10));
   EXPECT_FALSE(TextNumeric("", npos, value, 10));
-  EXPECT_FALSE(TextNumeric("\0" "5", npos, value, 10));
+  EXPECT_FALSE(
+      TextNumeric("\0"
+                  "5",
+                  npos, value, 10));
   EXPECT_FALSE(TextNumeric("12", 0, value, 10));
   // An explicit length that takes in a NUL.
-  EXPECT_FALSE(TextNumeric("12\0" "3", 4, value, 10));
+  EXPECT_FALSE(
+      TextNumeric("12\0"
+                  "3",
+                  4, value, 10));
   EXPECT_EQ(value, 77);
-  EXPECT_TRUE(TextNumeric("12\0" "3", 2, value, 10));
+  EXPECT_TRUE(
+      TextNumeric("12\0"
+                  "3",
+                  2, value, 10));
   EXPECT_EQ(value, 12);
   double real = 1.5;
   EXPECT_FALSE(TextNumeric("1.5.", 4, real, 10));

@@ -117,7 +117,10 @@ TEST(Utf8, WellFormedSequencesWidenAndNarrowBack) {
       {"\xF0\x90\x80\x80", u"\xD800\xDC00"},
       {"\xE0\xA0\x80", u"\u0800"},
       {"\xC2\x80", u"\u0080"},
-      {"\xEF\xBB\xBF" "a", u"\uFEFF" "a"},
+      {"\xEF\xBB\xBF"
+       "a",
+       u"\uFEFF"
+       "a"},
       {"\xEF\xBF\xBE\xEF\xBF\xBF", u"\uFFFE\uFFFF"},
       {std::string("a\0b", 3), std::u16string(u"a\0b", 3)},
   };
@@ -143,14 +146,15 @@ TEST(Utf8, WellFormedSequencesWidenAndNarrowBack) {
 
 TEST(Utf8, WidenOutcomes) {
   // Cut off by the end of the text: incomplete, whatever the bytes hold.
-  for (const char* bytes : {"\xC0", "\xC3", "\xE2\x82", "\xE0\x80", "\xF0\x9F\x98", "\xFF", "\xF8\x88\x80\x80",
-                            "\xFC\x84\x80\x80\x80", "\xF5\x80"}) {
+  for (const char* bytes : {"\xC0", "\xC3", "\xE2\x82", "\xE0\x80", "\xF0\x9F\x98", "\xFF",
+                            "\xF8\x88\x80\x80", "\xFC\x84\x80\x80\x80", "\xF5\x80"}) {
     EXPECT_EQ(Widen(bytes, 8).outcome, Utf8Outcome::incomplete) << bytes;
   }
   // Complete but ill-formed: invalid.
-  for (const char* bytes : {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC3\x41", "\xE0\x9F\xBF", "\xED\xA0\x80",
-                            "\xED\xBF\xBF", "\xE2\x82\x41", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
-                            "\xF5\x80\x80\x80", "\xF8\x88\x80\x80\x80", "\xFF\x80\x80\x80\x80\x80"}) {
+  for (const char* bytes :
+       {"\x80", "\xBF", "\xC0\x80", "\xC1\xBF", "\xC3\x41", "\xE0\x9F\xBF", "\xED\xA0\x80",
+        "\xED\xBF\xBF", "\xE2\x82\x41", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80", "\xF5\x80\x80\x80",
+        "\xF8\x88\x80\x80\x80", "\xFF\x80\x80\x80\x80\x80"}) {
     const Widened result = Widen(std::string("ab") + bytes, 16);
     EXPECT_EQ(result.outcome, Utf8Outcome::invalid) << bytes;
     EXPECT_EQ(result.taken, 2u);
@@ -236,7 +240,11 @@ TEST(Utf8, WidenCharLooksAhead) {
   char16_t out = u'?';
   EXPECT_EQ(WidenCharUtf8(out, "\xC3\xA9", npos), 2u);
   EXPECT_EQ(out, u'\u00E9');
-  EXPECT_EQ(WidenCharUtf8(out, "\xC3\xA9" "a", npos), 2u);
+  EXPECT_EQ(WidenCharUtf8(out,
+                          "\xC3\xA9"
+                          "a",
+                          npos),
+            2u);
   EXPECT_EQ(WidenCharUtf8(out, "b\xE2\x82\xAC", npos), 1u);
   EXPECT_EQ(out, u'b');
   // A bad sequence right behind the first character: 0, but `out` took the character.

@@ -50,12 +50,12 @@ TESSERA_API int TextCollateCaseless(const char16_t* text1, unsigned int length1,
 // has to match there, as it ends the compare.
 TESSERA_API unsigned int TextFind(const char* text, unsigned int length, const char* sought,
                                   unsigned int soughtLength);
-TESSERA_API unsigned int TextFind(const char16_t* text, unsigned int length,
-                                  const char16_t* sought, unsigned int soughtLength);
+TESSERA_API unsigned int TextFind(const char16_t* text, unsigned int length, const char16_t* sought,
+                                  unsigned int soughtLength);
 
 // As TextFind, judged by TextCompareCaseless.
-TESSERA_API unsigned int TextFindCaseless(const char* text, unsigned int length,
-                                          const char* sought, unsigned int soughtLength);
+TESSERA_API unsigned int TextFindCaseless(const char* text, unsigned int length, const char* sought,
+                                          unsigned int soughtLength);
 TESSERA_API unsigned int TextFindCaseless(const char16_t* text, unsigned int length,
                                           const char16_t* sought, unsigned int soughtLength);
 

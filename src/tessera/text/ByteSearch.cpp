@@ -20,8 +20,8 @@ namespace {
 inline bool OverBudget(std::size_t checks, std::size_t place) { return checks > 16 + (place >> 3); }
 
 // Candidate places run from `from` below `count`; the haystack holds count + length - 1 bytes.
-const char* FindRest(const char* haystack, std::size_t from, std::size_t count,
-                     const char* needle, std::size_t length) {
+const char* FindRest(const char* haystack, std::size_t from, std::size_t count, const char* needle,
+                     std::size_t length) {
   const void* hit = memmem(haystack + from, count - from + length - 1, needle, length);
   return static_cast<const char*>(hit);
 }
@@ -49,7 +49,8 @@ unsigned char Commonness(unsigned char c) {
 }
 
 // The places in the needle of its two rarest bytes, `first` before `second`.
-void PickRareBytes(const char* needle, std::size_t length, std::size_t& first, std::size_t& second) {
+void PickRareBytes(const char* needle, std::size_t length, std::size_t& first,
+                   std::size_t& second) {
   std::size_t rarest = 0;
   for (std::size_t i = 1; i < length; ++i)
     if (Commonness(static_cast<unsigned char>(needle[i])) <
@@ -70,8 +71,8 @@ struct Filter {
   std::size_t second;
 };
 
-const char* FindTail(const char* haystack, std::size_t from, std::size_t count,
-                     const char* needle, std::size_t length, Filter filter) {
+const char* FindTail(const char* haystack, std::size_t from, std::size_t count, const char* needle,
+                     std::size_t length, Filter filter) {
   for (std::size_t i = from; i < count; ++i)
     if (haystack[i + filter.first] == needle[filter.first] &&
         haystack[i + filter.second] == needle[filter.second] &&
@@ -87,8 +88,10 @@ const char* FindSse2(const char* haystack, std::size_t count, const char* needle
   std::size_t checks = 0;
   std::size_t i = 0;
   for (; i + 16 <= count; i += 16) {
-    const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(haystack + i + filter.first));
-    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(haystack + i + filter.second));
+    const __m128i a =
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(haystack + i + filter.first));
+    const __m128i b =
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(haystack + i + filter.second));
     unsigned int mask = static_cast<unsigned int>(
         _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(a, first), _mm_cmpeq_epi8(b, second))));
     while (mask != 0) {
@@ -101,8 +104,10 @@ const char* FindSse2(const char* haystack, std::size_t count, const char* needle
   return FindTail(haystack, i, count, needle, length, filter);
 }
 
-__attribute__((target("avx2"))) inline std::uint32_t Candidates(const char* place, std::size_t first,
-                                                                 std::size_t second, __m256i a, __m256i b) {
+__attribute__((target("avx2"))) inline std::uint32_t Candidates(const char* place,
+                                                                std::size_t first,
+                                                                std::size_t second, __m256i a,
+                                                                __m256i b) {
   const __m256i x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(place + first));
   const __m256i y = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(place + second));
   return static_cast<std::uint32_t>(
@@ -110,8 +115,8 @@ __attribute__((target("avx2"))) inline std::uint32_t Candidates(const char* plac
 }
 
 __attribute__((target("avx2"))) const char* FindAvx2(const char* haystack, std::size_t count,
-                                                      const char* needle, std::size_t length,
-                                                      Filter filter) {
+                                                     const char* needle, std::size_t length,
+                                                     Filter filter) {
   const __m256i first = _mm256_set1_epi8(needle[filter.first]);
   const __m256i second = _mm256_set1_epi8(needle[filter.second]);
   std::size_t checks = 0;

@@ -39,8 +39,7 @@ BasicStringTokenizer<C>::BasicStringTokenizer(const C* text, unsigned int length
 }
 
 template <class C>
-BasicStringTokenizer<C>::BasicStringTokenizer(const C* text, const C* delimiter,
-                                              DelimitMode mode)
+BasicStringTokenizer<C>::BasicStringTokenizer(const C* text, const C* delimiter, DelimitMode mode)
     : BasicStringTokenizer() {
   Reset(text, npos, delimiter, mode);
 }
@@ -171,7 +170,8 @@ bool BasicStringTokenizer<C>::MatchDelimiter(unsigned int& length) {
     return std::char_traits<C>::compare(place, delimiter_.data(), size) == 0;
   }
   length = 1;
-  const bool found = std::char_traits<C>::find(delimiter_.data(), delimiter_.size(), *place) != nullptr;
+  const bool found =
+      std::char_traits<C>::find(delimiter_.data(), delimiter_.size(), *place) != nullptr;
   return found == (mode_ == DelimitModeAnyOf);
 }
 

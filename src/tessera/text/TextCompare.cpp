@@ -115,7 +115,8 @@ int NarrowCollateBounded(const char* text1, const char* text2, std::size_t count
   Scratch<char> copy2(length2 + 1);
   const NarrowFold lower;
   auto copy = [&lower](char* to, const char* from, std::size_t length) {
-    for (std::size_t i = 0; i < length; ++i) to[i] = fold ? static_cast<char>(lower(from[i])) : from[i];
+    for (std::size_t i = 0; i < length; ++i)
+      to[i] = fold ? static_cast<char>(lower(from[i])) : from[i];
     to[length] = '\0';
   };
   copy(copy1.data(), text1, length1);
@@ -155,8 +156,8 @@ int WideCollateBounded(const char16_t* text1, const char16_t* text2, std::size_t
 // highest candidate index and `significant` to the part of the sought text that has to match:
 // a NUL in it ends the compare, so nothing behind its first NUL counts.
 template <class C>
-bool PrepareSearch(const C* text, unsigned int& length, const C* sought,
-                   unsigned int& soughtLength, std::size_t& last, std::size_t& significant) {
+bool PrepareSearch(const C* text, unsigned int& length, const C* sought, unsigned int& soughtLength,
+                   std::size_t& last, std::size_t& significant) {
   length = Resolve(text, length);
   soughtLength = Resolve(sought, soughtLength);
   if (soughtLength == 0 || soughtLength > length) return false;
@@ -199,10 +200,10 @@ constexpr std::size_t kFoldedSetMax = 64;
 
 }  // namespace
 
-int TextCompare(const char* text1, unsigned int length1, const char* text2,
-                unsigned int length2) {
-  return CompareWith(text1, length1, text2, length2,
-                     [](const char* a, const char* b, std::size_t n) { return std::strncmp(a, b, n); });
+int TextCompare(const char* text1, unsigned int length1, const char* text2, unsigned int length2) {
+  return CompareWith(
+      text1, length1, text2, length2,
+      [](const char* a, const char* b, std::size_t n) { return std::strncmp(a, b, n); });
 }
 
 int TextCompare(const char16_t* text1, unsigned int length1, const char16_t* text2,
@@ -212,8 +213,9 @@ int TextCompare(const char16_t* text1, unsigned int length1, const char16_t* tex
 
 int TextCompareCaseless(const char* text1, unsigned int length1, const char* text2,
                         unsigned int length2) {
-  return CompareWith(text1, length1, text2, length2,
-                     [](const char* a, const char* b, std::size_t n) { return strncasecmp(a, b, n); });
+  return CompareWith(
+      text1, length1, text2, length2,
+      [](const char* a, const char* b, std::size_t n) { return strncasecmp(a, b, n); });
 }
 
 int TextCompareCaseless(const char16_t* text1, unsigned int length1, const char16_t* text2,
@@ -221,8 +223,7 @@ int TextCompareCaseless(const char16_t* text1, unsigned int length1, const char1
   return CompareWith(text1, length1, text2, length2, WideCompareCaselessBounded);
 }
 
-int TextCollate(const char* text1, unsigned int length1, const char* text2,
-                unsigned int length2) {
+int TextCollate(const char* text1, unsigned int length1, const char* text2, unsigned int length2) {
   return CompareWith(text1, length1, text2, length2, NarrowCollateBounded<false>);
 }
 

@@ -246,7 +246,8 @@ bool FormatFloating(T value, std::basic_string<C>& out) {
   if (SixDigits(std::fabs(number), digits, exponent)) {
     size = LayOutGeneral(std::signbit(number), digits, exponent, text);
   } else {
-    const auto result = std::to_chars(text, text + sizeof text, number, std::chars_format::general, 6);
+    const auto result =
+        std::to_chars(text, text + sizeof text, number, std::chars_format::general, 6);
     size = static_cast<std::size_t>(result.ptr - text);
   }
   C* to = ResizeShort(out, size);
@@ -272,7 +273,7 @@ void TextFormatNumber(const T& value, std::basic_string<C>& out) {
   }
 }
 
-#define TESSERA_TEXT_FORMAT_NUMBER(T)                                         \
+#define TESSERA_TEXT_FORMAT_NUMBER(T)                                          \
   template void TextFormatNumber<T, char>(const T&, std::basic_string<char>&); \
   template void TextFormatNumber<T, char16_t>(const T&, std::basic_string<char16_t>&);
 

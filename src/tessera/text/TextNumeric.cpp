@@ -106,8 +106,8 @@ bool TextNumeric(const C* text, unsigned int length, T& value, unsigned int base
     return ReadInteger(text, text + length, value, base);
 }
 
-#define TESSERA_TEXT_NUMERIC(T)                                                         \
-  template bool TextNumeric<char, T>(const char*, unsigned int, T&, unsigned int);      \
+#define TESSERA_TEXT_NUMERIC(T)                                                    \
+  template bool TextNumeric<char, T>(const char*, unsigned int, T&, unsigned int); \
   template bool TextNumeric<char16_t, T>(const char16_t*, unsigned int, T&, unsigned int);
 
 TESSERA_TEXT_NUMERIC(signed char)

@@ -81,7 +81,8 @@ inline void NarrowAsciiRun(const char16_t*& s, Byte*& d, const char16_t* limit) 
     const __m128i asciiLow = _mm_cmpeq_epi16(_mm_and_si128(low, nonAscii), zero);
     const __m128i asciiHigh = _mm_cmpeq_epi16(_mm_and_si128(high, nonAscii), zero);
     const unsigned int other =
-        ~static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(asciiLow, asciiHigh))) & 0xFFFF;
+        ~static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(asciiLow, asciiHigh))) &
+        0xFFFF;
     if (other != 0) {
       const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(other));
       s += ascii;
@@ -115,11 +116,11 @@ inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
   } else {
     const Byte low = lead == 0xF0 ? 0x90 : 0x80;
     const Byte high = lead == 0xF4 ? 0x8F : 0xBF;
-    if (lead > 0xF4 || s[1] < low || s[1] > high || !IsContinuation(s[2]) ||
-        !IsContinuation(s[3]))
+    if (lead > 0xF4 || s[1] < low || s[1] > high || !IsContinuation(s[2]) || !IsContinuation(s[3]))
       return false;
-    const std::uint32_t c = (((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) |
-                             ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu)) - 0x10000;
+    const std::uint32_t c =
+        (((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu)) -
+        0x10000;
     d[0] = static_cast<char16_t>(0xD800 + (c >> 10));
     d[1] = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
     d += 2;
@@ -211,7 +212,7 @@ constexpr ShortUnitShuffles kShortUnitShuffles = MakeShortUnitShuffles();
 // Cyrillic, Hebrew, Arabic and ASCII between them) are encoded together, their 1- and
 // 2-byte forms packed by a shuffle. A block with anything else goes unit by unit.
 __attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, Byte*& to,
-                                                        const char16_t* limit) {
+                                                       const char16_t* limit) {
   // The positions are worked on in locals: byte stores could alias the caller's variables, and
   // the compiler would reload them after each.
   const char16_t* s = from;
@@ -316,8 +317,7 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
         outcome = Utf8Outcome::invalid;
         break;
       }
-      c = ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) |
-          (s[3] & 0x3Fu);
+      c = ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu);
       size = 4;
     } else {
       // 5- and 6-byte forms are never decoded.
@@ -359,7 +359,8 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
     // runs write at most 16 bytes past their run, and stop 16 units short of the limit.
     const std::ptrdiff_t input = (fromEnd - s) - 1;
     const std::ptrdiff_t room = ((de - d) - 16) / 3;
-    const char16_t* const limit = s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax}));
+    const char16_t* const limit =
+        s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax}));
 #ifdef TESSERA_TEXT_X86
     if (__builtin_cpu_supports("ssse3"))
       NarrowPlainSsse3(s, d, limit);
