@@ -1,6 +1,7 @@
 // ISO 8601 date texts.
 #include <tessera/time/Time.h>
 
+#include <cstring>
 #include <iomanip>
 #include <ostream>
 
@@ -156,56 +157,78 @@ bool SplitSimple(const std::string& text, Cursor& date, Cursor& clock) {
   return true;
 }
 
-unsigned TwoDigits(const char* text) {
-  return static_cast<unsigned>(text[0] - '0') * 10 + static_cast<unsigned>(text[1] - '0');
+// Eight characters as one word, the first in the lowest byte.
+std::uint64_t Load8(const char* text) {
+  std::uint64_t word;
+  std::memcpy(&word, text, sizeof word);
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+  word = __builtin_bswap64(word);
+#endif
+  return word;
 }
 
+constexpr std::uint64_t ones = 0x0101010101010101u;
+
+// Non-zero unless every byte of `word` under `mask` (0xFF bytes) is a decimal digit.
+constexpr std::uint64_t NotDigits(std::uint64_t word, std::uint64_t mask) {
+  const std::uint64_t values = (word ^ 0x30 * ones) & mask;  // 0 to 9 for digits
+  return (values & 0xF0 * ones) | ((values + 0x06 * ones) & 0x10 * ones);
+}
+
+// Byte i becomes ten times digit i plus digit i + 1: each byte of a two-digit number at i
+// holds that number. No byte carries into the next, whatever the characters are.
+constexpr std::uint64_t DigitPairs(std::uint64_t word) {
+  const std::uint64_t digits = word & 0x0F * ones;
+  return digits * 10 + (digits >> 8);
+}
+
+constexpr unsigned Byte(std::uint64_t word, unsigned index) {
+  return static_cast<unsigned>(word >> (8 * index)) & 0xFF;
+}
+
+struct UsualFields {
+  unsigned year, month, day, hour, minute, second, millisecond;
+};
+
 // "YYYY-MM-DD?hh:mm:ss[.fff][Z]", what FormatIso writes for a UTC time with or without the
-// fraction, read at fixed places: the tokens and fields are those that the general steps
-// find in such a text. False, with `fields` untouched, for any other text.
-bool ReadUsualLayout(const std::string& text, Win32::SYSTEMTIME& fields) {
+// fraction, read as three words at fixed places: the fields are those that the general
+// steps find in such a text, not yet checked for range. False for any other text.
+bool ReadUsualLayout(const std::string& text, UsualFields& fields) {
   const char* p = text.data();
   const std::size_t size = text.size();
-  if (size < 19 || size > 24 || p[4] != '-' || p[7] != '-' || !IsSeparator(p[10]) || p[13] != ':' ||
-      p[16] != ':') {
-    return false;
-  }
-  const auto notDigit = [p](int i) { return static_cast<unsigned char>(p[i] - '0') > 9 ? 1u : 0u; };
-  if ((notDigit(0) | notDigit(1) | notDigit(2) | notDigit(3) | notDigit(5) | notDigit(6) | notDigit(8) |
-       notDigit(9) | notDigit(11) | notDigit(12) | notDigit(14) | notDigit(15) | notDigit(17) |
-       notDigit(18)) != 0) {
+  if (size < 19 || size > 24 || !IsSeparator(p[10])) return false;
+  const std::uint64_t date = Load8(p);        // "YYYY-MM-"
+  const std::uint64_t day = Load8(p + 8);     // "DD" and what follows
+  const std::uint64_t clock = Load8(p + 11);  // "hh:mm:ss"
+  constexpr std::uint64_t dateDigits = 0x00FFFF00FFFFFFFFu, clockDigits = 0xFFFF00FFFF00FFFFu;
+  if ((date & ~dateDigits) != 0x2D00002D00000000u || (clock & ~clockDigits) != 0x00003A00003A0000u ||
+      (NotDigits(date, dateDigits) | NotDigits(day, 0xFFFF) | NotDigits(clock, clockDigits)) != 0) {
     return false;
   }
   unsigned millisecond = 0;
   std::size_t at = 19;
   if (size - at >= 4 && p[at] == '.') {
     if (!IsDigit(p[at + 1]) || !IsDigit(p[at + 2]) || !IsDigit(p[at + 3])) return false;
-    millisecond = TwoDigits(p + at + 1) * 10 + static_cast<unsigned>(p[at + 3] - '0');
+    millisecond = static_cast<unsigned>(p[at + 1] - '0') * 100 + static_cast<unsigned>(p[at + 2] - '0') * 10 +
+                  static_cast<unsigned>(p[at + 3] - '0');
     at += 4;
   }
   if (at < size && (p[at] == 'Z' || p[at] == 'z')) ++at;
   if (at != size) return false;
-  const unsigned month = TwoDigits(p + 5);
-  const unsigned day = TwoDigits(p + 8);
-  const unsigned hour = TwoDigits(p + 11);
-  const unsigned minute = TwoDigits(p + 14);
-  const unsigned second = TwoDigits(p + 17);
-  if (month < 1 || month > 12 || day < 1 || day > 31 || hour > 23 || minute > 59 || second > 60) return false;
-  fields.wYear = static_cast<unsigned short>(TwoDigits(p) * 100 + TwoDigits(p + 2));
-  fields.wMonth = static_cast<unsigned short>(month);
-  fields.wDay = static_cast<unsigned short>(day);
-  fields.wHour = static_cast<unsigned short>(hour);
-  fields.wMinute = static_cast<unsigned short>(minute);
-  fields.wSecond = static_cast<unsigned short>(second);
-  fields.wMilliseconds = static_cast<unsigned short>(millisecond);
+  const std::uint64_t datePairs = DigitPairs(date), clockPairs = DigitPairs(clock);
+  fields.year = Byte(datePairs, 0) * 100 + Byte(datePairs, 2);
+  fields.month = Byte(datePairs, 5);
+  fields.day = Byte(DigitPairs(day), 0);
+  fields.hour = Byte(clockPairs, 0);
+  fields.minute = Byte(clockPairs, 3);
+  fields.second = Byte(clockPairs, 6);
+  fields.millisecond = millisecond;
   return true;
 }
 
-}  // namespace
-
-bool Time::ParseIso(const std::string& text) {
-  Win32::SYSTEMTIME usual{};
-  if (ReadUsualLayout(text, usual)) return SetSystemTime(usual, TimeKind::Utc);
+// The fields and zone of any text by the general steps. Kept out of line, so that the
+// usual layout is read without its frame.
+[[gnu::noinline]] bool ReadIsoFields(const std::string& text, Win32::SYSTEMTIME& fields, IsoZone& zone) {
   Cursor date{nullptr, 0};
   Cursor clock{nullptr, 0};
   if (!SplitSimple(text, date, clock)) {
@@ -217,11 +240,24 @@ bool Time::ParseIso(const std::string& text) {
     date = Cursor{token, length};
     if (tokens.Next(token, length)) clock = Cursor{token, length};  // never empty
   }
+  return ParseIsoDate(date, fields) && (clock.left == 0 || ParseIsoClock(clock, fields, zone));
+}
+
+}  // namespace
+
+bool Time::ParseIso(const std::string& text) {
+  UsualFields usual;
+  std::uint64_t ticks = 0;
+  if (ReadUsualLayout(text, usual) &&
+      Win32::detail::TicksFromFields(usual.year, usual.month, usual.day, usual.hour, usual.minute, usual.second,
+                                     usual.millisecond, ticks)) {
+    Store(ticks, TimeKind::Utc);
+    return true;
+  }
+  // Any other text, and fields that the calendar refuses, take the general steps.
   Win32::SYSTEMTIME fields{};
   IsoZone zone;
-  if (!ParseIsoDate(date, fields)) return false;
-  if (clock.left != 0 && !ParseIsoClock(clock, fields, zone)) return false;
-  if (!SetSystemTime(fields, TimeKind::Utc)) return false;
+  if (!ReadIsoFields(text, fields, zone) || !SetSystemTime(fields, TimeKind::Utc)) return false;
   if (zone.hours != 0) *this -= TimeSpan(zone.hours * TimeSpan::hour.GetTicks());
   if (zone.minutes != 0) *this -= TimeSpan(zone.minutes * TimeSpan::minute.GetTicks());
   return true;

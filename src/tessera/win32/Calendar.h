@@ -33,6 +33,21 @@ inline std::uint32_t DaysFromCivil(unsigned year, unsigned month, unsigned day) 
   return yearDays + monthDays + day - 1 - daysFromMarchZeroTo1601;
 }
 
+// The ticks of calendar fields, or false for a field out of range: year 1601 to 30827,
+// month 1 to 12, day within that month, hour below 24, minute and second below 60,
+// millisecond below 1000. Nothing is carried into the next unit.
+inline bool TicksFromFields(unsigned year, unsigned month, unsigned day, unsigned hour, unsigned minute,
+                            unsigned second, unsigned millisecond, std::uint64_t& ticks) {
+  // One test for all ranges but the month's length, which needs a valid month.
+  const bool inRange = (year - 1601u <= 30827u - 1601u) & (month - 1u < 12u) & (day - 1u < 31u) &
+                       (hour < 24u) & (minute < 60u) & (second < 60u) & (millisecond < 1000u);
+  if (!inRange || (day > 28 && day > DaysInMonth(year, month))) return false;
+  const std::uint64_t seconds =
+      std::uint64_t{DaysFromCivil(year, month, day)} * secondsPerDay + (hour * 3600u + minute * 60u + second);
+  ticks = seconds * ticksPerSecond + millisecond * ticksPerMillisecond;
+  return true;
+}
+
 struct Civil {
   std::uint32_t year;
   unsigned month;

@@ -12,9 +12,7 @@ namespace {
 using detail::Civil;
 using detail::CivilFromDays;
 using detail::DaysFromCivil;
-using detail::DaysInMonth;
 using detail::secondsPerDay;
-using detail::ticksPerMillisecond;
 using detail::ticksPerSecond;
 
 // 1601-01-01 to 1970-01-01.
@@ -68,23 +66,13 @@ void GetLocalTime(SYSTEMTIME* systemTime) {
 }
 
 BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
-  const unsigned year = systemTime->wYear;
-  const unsigned month = systemTime->wMonth;
-  const unsigned day = systemTime->wDay;
-  const unsigned hour = systemTime->wHour;
-  const unsigned minute = systemTime->wMinute;
-  const unsigned second = systemTime->wSecond;
-  const unsigned millisecond = systemTime->wMilliseconds;
-  // One test for all ranges but the month's length, which needs a valid month.
-  const bool inRange = (year - 1601u <= 30827u - 1601u) & (month - 1u < 12u) & (day - 1u < 31u) &
-                       (hour < 24u) & (minute < 60u) & (second < 60u) & (millisecond < 1000u);
-  if (!inRange || (day > 28 && day > DaysInMonth(year, month))) {
+  std::uint64_t ticks = 0;
+  if (!detail::TicksFromFields(systemTime->wYear, systemTime->wMonth, systemTime->wDay, systemTime->wHour,
+                               systemTime->wMinute, systemTime->wSecond, systemTime->wMilliseconds, ticks)) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  const std::uint64_t seconds = std::uint64_t{DaysFromCivil(year, month, day)} * secondsPerDay +
-                                (hour * 3600u + minute * 60u + second);
-  Split(seconds * ticksPerSecond + millisecond * ticksPerMillisecond, *fileTime);
+  Split(ticks, *fileTime);
   return 1;
 }
 
