@@ -69,17 +69,14 @@ void FormatByStream(const T& value, std::u16string& out) {
   AssignUtf16(stream.str(), out);
 }
 
-// Makes `out` hold `size` characters and gives where they start. Text this short is
-// resized by inline members where it can be: assign's library call costs more than the digits.
+// Makes `out` hold `size` characters and gives where they start, for the digits to be written
+// in place. Cutting a string is inline; only growing it takes a library call.
 template <class C>
 C* ResizeShort(std::basic_string<C>& out, std::size_t size) {
-  if (size <= out.size()) {
+  if (size <= out.size())
     out.erase(size);
-  } else if (size <= out.capacity()) {
-    while (out.size() < size) out.push_back(C());
-  } else {
+  else
     out.append(size - out.size(), C());
-  }
   return &out[0];
 }
 
