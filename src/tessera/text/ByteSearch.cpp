@@ -1,5 +1,6 @@
 // The forward search compares two of the needle's bytes, the two rarest in ordinary text, at
-// 16 or 32 candidate places at once and checks the whole needle only where both agree. A text
+// 16 (SSE2) or 64 (AVX2) candidate places a round and checks the whole needle only where both
+// agree. A text
 // that keeps both bytes agreeing without a match (runs of one letter, say) would make that
 // quadratic, so past a budget of failed checks the rest goes to memmem, whose two-way scan is
 // linear.
@@ -8,7 +9,7 @@
 #include <cstdint>
 #include <cstring>
 
-#if defined(__x86_64__) || defined(__i386__)
+#if defined(__x86_64__) || (defined(__i386__) && defined(__SSE2__))
 #include <immintrin.h>
 #define TESSERA_TEXT_X86 1
 #endif
@@ -16,7 +17,7 @@
 namespace Tessera::detail {
 namespace {
 
-// Failed middle checks allowed: a few, plus one for each 8 candidate places passed.
+// Failed checks allowed: a few, plus one for each 8 candidate places passed.
 inline bool OverBudget(std::size_t checks, std::size_t place) { return checks > 16 + (place >> 3); }
 
 // Candidate places run from `from` below `count`; the haystack holds count + length - 1 bytes.
@@ -48,28 +49,26 @@ unsigned char Commonness(unsigned char c) {
   return 130;
 }
 
-// The places in the needle of its two rarest bytes, `first` before `second`.
-void PickRareBytes(const char* needle, std::size_t length, std::size_t& first,
-                   std::size_t& second) {
-  std::size_t rarest = 0;
-  for (std::size_t i = 1; i < length; ++i)
-    if (Commonness(static_cast<unsigned char>(needle[i])) <
-        Commonness(static_cast<unsigned char>(needle[rarest])))
-      rarest = i;
-  std::size_t next = rarest == 0 ? 1 : 0;
-  for (std::size_t i = 0; i < length; ++i)
-    if (i != rarest && Commonness(static_cast<unsigned char>(needle[i])) <
-                           Commonness(static_cast<unsigned char>(needle[next])))
-      next = i;
-  first = rarest < next ? rarest : next;
-  second = rarest < next ? next : rarest;
-}
-
-// The two bytes that filter the candidates, and where they stand in the needle.
+// The two bytes that filter the candidates, by their places in the needle, `first` before
+// `second`.
 struct Filter {
   std::size_t first;
   std::size_t second;
 };
+
+// The places of the needle's two rarest bytes.
+Filter PickRareBytes(const char* needle, std::size_t length) {
+  auto commonness = [needle](std::size_t i) {
+    return Commonness(static_cast<unsigned char>(needle[i]));
+  };
+  std::size_t rarest = 0;
+  for (std::size_t i = 1; i < length; ++i)
+    if (commonness(i) < commonness(rarest)) rarest = i;
+  std::size_t next = rarest == 0 ? 1 : 0;
+  for (std::size_t i = 0; i < length; ++i)
+    if (i != rarest && commonness(i) < commonness(next)) next = i;
+  return rarest < next ? Filter{rarest, next} : Filter{next, rarest};
+}
 
 const char* FindTail(const char* haystack, std::size_t from, std::size_t count, const char* needle,
                      std::size_t length, Filter filter) {
@@ -146,8 +145,7 @@ const char* FindBytes(const char* haystack, std::size_t size, const char* needle
   if (length == 1) return static_cast<const char*>(std::memchr(haystack, needle[0], size));
   const std::size_t count = size - length + 1;
 #ifdef TESSERA_TEXT_X86
-  Filter filter;
-  PickRareBytes(needle, length, filter.first, filter.second);
+  const Filter filter = PickRareBytes(needle, length);
   if (__builtin_cpu_supports("avx2")) return FindAvx2(haystack, count, needle, length, filter);
   return FindSse2(haystack, count, needle, length, filter);
 #else
