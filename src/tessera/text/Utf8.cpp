@@ -262,9 +262,9 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
   char16_t* d = to;
   Utf8Outcome outcome = Utf8Outcome::done;
   for (;;) {
-    // A sequence gives no more units than it has bytes, so a limit of (room - 1) bytes leaves
-    // room for a pair at its last place; ASCII runs write at most 16 units past their run,
-    // and stop 16 bytes short of the limit.
+    // A sequence gives no more units than it has bytes, so with the limit 16 bytes short of
+    // the room, a pair or a vector store of 16 units still fits at the last place; and 3
+    // bytes can be read behind any lead before it.
     const std::ptrdiff_t input = (se - s) - 3;
     const std::ptrdiff_t room = (toEnd - d) - 16;
     WidenPlain(s, d, s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax})));
@@ -354,9 +354,9 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
   const Byte* const de = reinterpret_cast<const Byte*>(toEnd);
   Utf8Outcome outcome = Utf8Outcome::done;
   for (;;) {
-    // A unit gives at most 3 bytes (a pair 4 for two), so a limit of (room - 4) / 3 units
-    // leaves room for a pair at its last place and for the 2 bytes a short unit writes; ASCII
-    // runs write at most 16 bytes past their run, and stop 16 units short of the limit.
+    // A unit gives at most 3 bytes (a pair 4 for two), so with the limit at a third of the
+    // room less 16 bytes, a pair or a vector store of 16 bytes still fits at the last place;
+    // and a pair's second unit can be read there.
     const std::ptrdiff_t input = (fromEnd - s) - 1;
     const std::ptrdiff_t room = ((de - d) - 16) / 3;
     const char16_t* const limit =
