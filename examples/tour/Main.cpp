@@ -8,6 +8,7 @@ int main() {
   std::cout << "Tessera tour\n";
   Tour::ShowFrame();
   Tour::ShowMemory();
+  Tour::ShowText();
   Tour::ShowTime();
   Tour::ShowNumerics();
   Tessera::Shutdown();

@@ -17,6 +17,11 @@
 #include <tessera/numerics/Mt19937.h>
 #include <tessera/platform/Module.h>
 #include <tessera/platform/SystemInfo.h>
+#include <tessera/text/StringTokenizer.h>
+#include <tessera/text/TextCompare.h>
+#include <tessera/text/TextFormatNumber.h>
+#include <tessera/text/TextNumeric.h>
+#include <tessera/text/Utf8.h>
 #include <tessera/time/StopWatch.h>
 #include <tessera/time/Time.h>
 #include <tessera/time/TimeSpan.h>
