@@ -5,19 +5,14 @@
 
 #include <plaint/Error.h>
 
+#include "BitTransfer.h"
+
 namespace Tessera {
 
 namespace {
 
-[[noreturn]] void ThrowCapacityExceeded(const Plaint::Context& context) {
-  Plaint::LengthError error("buffer capacity exceeded", context);
-  throw error;
-}
-
-[[noreturn]] void ThrowTooManyBits(const Plaint::Context& context) {
-  Plaint::OutOfRange error("too many bits", context);
-  throw error;
-}
+using detail::ThrowCapacityExceeded;
+using detail::ThrowTooManyBits;
 
 // Bytes that hold a stream of `capacity` bits.
 std::uint32_t StreamBytes(std::uint32_t capacity) { return (capacity >> 3) + ((capacity & 7) != 0); }
@@ -69,25 +64,13 @@ unsigned int BitReader::ReadBits(unsigned int count) {
 void BitReader::ReadData(void* target, unsigned int count, unsigned int offset) {
   if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadData"));
   if (count == 0) return;
-  unsigned char* cursor = static_cast<unsigned char*>(target) + (offset >> 3);
-  const std::int32_t phase = static_cast<std::int32_t>(offset & 7);
-  if (phase != static_cast<std::int32_t>(position_ & 7)) {
-    ReadUnaligned(cursor, count, phase);
-    return;
-  }
-  // With both phases 0 the head is a whole byte, which the copy below takes as well.
-  if (phase != 0) {
-    const unsigned int head = count < 8u - phase ? count : 8u - phase;
-    ReadUnaligned(cursor, head, phase);
-    if (head == count) return;
-    ++cursor;
-    count -= head;
-  }
-  const unsigned int bytes = count >> 3;
-  std::memcpy(cursor, data_ + (position_ >> 3), bytes);
-  cursor += bytes;
-  position_ += bytes * 8;
-  if ((count & 7) != 0) ReadUnaligned(cursor, count & 7, 0);
+  detail::TransferBits(
+      static_cast<unsigned char*>(target), count, offset, position_,
+      [this](unsigned char* at, unsigned int bits, std::int32_t phase) { ReadUnaligned(at, bits, phase); },
+      [this](unsigned char* at, unsigned int bytes) {
+        std::memcpy(at, data_ + (position_ >> 3), bytes);
+        position_ += bytes * 8;
+      });
 }
 
 void BitReader::SkipBits(unsigned int count) {

@@ -4,21 +4,12 @@
 
 #include <plaint/Error.h>
 
+#include "BitTransfer.h"
+
 namespace Tessera {
 
-namespace {
-
-[[noreturn]] void ThrowCapacityExceeded(const Plaint::Context& context) {
-  Plaint::LengthError error("buffer capacity exceeded", context);
-  throw error;
-}
-
-[[noreturn]] void ThrowTooManyBits(const Plaint::Context& context) {
-  Plaint::OutOfRange error("too many bits", context);
-  throw error;
-}
-
-}  // namespace
+using detail::ThrowCapacityExceeded;
+using detail::ThrowTooManyBits;
 
 void BitWriter::WriteBit(bool bit) {
   if (position_ == capacity_) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteBit"));
@@ -53,25 +44,13 @@ void BitWriter::WriteBits(const char* bits, unsigned int count) {
 void BitWriter::WriteData(const void* source, unsigned int count, unsigned int offset) {
   if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitWriter::WriteData"));
   if (count == 0) return;
-  const unsigned char* cursor = static_cast<const unsigned char*>(source) + (offset >> 3);
-  const std::int32_t phase = static_cast<std::int32_t>(offset & 7);
-  if (phase != static_cast<std::int32_t>(position_ & 7)) {
-    WriteUnaligned(cursor, count, phase);
-    return;
-  }
-  // With both phases 0 the head is a whole byte, which the copy below takes as well.
-  if (phase != 0) {
-    const unsigned int head = count < 8u - phase ? count : 8u - phase;
-    WriteUnaligned(cursor, head, phase);
-    if (head == count) return;
-    ++cursor;
-    count -= head;
-  }
-  const unsigned int bytes = count >> 3;
-  std::memcpy(data_ + (position_ >> 3), cursor, bytes);
-  cursor += bytes;
-  position_ += bytes * 8;
-  if ((count & 7) != 0) WriteUnaligned(cursor, count & 7, 0);
+  detail::TransferBits(
+      static_cast<const unsigned char*>(source), count, offset, position_,
+      [this](const unsigned char* at, unsigned int bits, std::int32_t phase) { WriteUnaligned(at, bits, phase); },
+      [this](const unsigned char* at, unsigned int bytes) {
+        std::memcpy(data_ + (position_ >> 3), at, bytes);
+        position_ += bytes * 8;
+      });
 }
 
 void BitWriter::SkipBits(unsigned int count) {
