@@ -25,8 +25,10 @@ void CpuRelax() {
 }  // namespace
 
 void Lock::AcquireContended() {
-  // A short spin covers the common case of a holder that is about to let go.
-  for (int spin = 0; spin < 64; ++spin) {
+  // Holders keep the lock for a few list operations, so spinning for a while is far cheaper
+  // than a sleep in the kernel and the wake-up behind it.
+  constexpr int kSpins = 2000;
+  for (int spin = 0; spin < kSpins; ++spin) {
     int expected = kFree;
     if (state_.load(std::memory_order_relaxed) == kFree &&
         state_.compare_exchange_weak(expected, kHeld, std::memory_order_acquire, std::memory_order_relaxed))
