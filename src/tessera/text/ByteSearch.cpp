@@ -1,9 +1,8 @@
 // The forward search compares two of the needle's bytes, the two rarest in ordinary text, at
 // 16 (SSE2) or 64 (AVX2) candidate places a round and checks the whole needle only where both
-// agree. A text
-// that keeps both bytes agreeing without a match (runs of one letter, say) would make that
-// quadratic, so past a budget of failed checks the rest goes to memmem, whose two-way scan is
-// linear.
+// agree. A text that keeps both bytes agreeing without a match (runs of one letter, say) would
+// make that quadratic, so past a budget of failed checks the rest goes to memmem, whose two-way
+// scan is linear.
 #include "tessera/text/ByteSearch.h"
 
 #include <cstdint>

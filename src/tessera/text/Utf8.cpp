@@ -42,47 +42,40 @@ constexpr std::ptrdiff_t kRoundMax = 4096;
 
 inline bool IsContinuation(Byte b) { return (b & 0xC0) == 0x80; }
 
-// Widens the run of ASCII bytes at `s`, 16 at a time while `limit` lies 16 ahead, and moves
-// both positions past it. Up to 16 units behind the run may be overwritten.
-inline void WidenAsciiRun(const Byte*& s, char16_t*& d, const Byte* limit) {
 #ifdef TESSERA_TEXT_SSE2
+
+// Converts the 16 characters at `s` to `d` as if all were ASCII and gives a bit for each that
+// isn't.
+inline unsigned int AsciiBlock(const Byte* s, char16_t* d) {
   const __m128i zero = _mm_setzero_si128();
-  while (limit - s >= 16) {
-    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_unpacklo_epi8(bytes, zero));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), _mm_unpackhi_epi8(bytes, zero));
-    const unsigned int other = static_cast<unsigned int>(_mm_movemask_epi8(bytes));
-    if (other != 0) {
-      const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(other));
-      s += ascii;
-      d += ascii;
-      return;
-    }
-    s += 16;
-    d += 16;
-  }
-#else
-  (void)s;
-  (void)d;
-  (void)limit;
-#endif
+  const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_unpacklo_epi8(bytes, zero));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d + 8), _mm_unpackhi_epi8(bytes, zero));
+  return static_cast<unsigned int>(_mm_movemask_epi8(bytes));
 }
 
-// Narrows the run of units below 0x80 at `s`, as WidenAsciiRun does the other way. Up to 16
-// bytes behind the run may be overwritten.
-inline void NarrowAsciiRun(const char16_t*& s, Byte*& d, const char16_t* limit) {
-#ifdef TESSERA_TEXT_SSE2
+inline unsigned int AsciiBlock(const char16_t* s, Byte* d) {
   const __m128i nonAscii = _mm_set1_epi16(static_cast<short>(0xFF80));
   const __m128i zero = _mm_setzero_si128();
+  const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+  const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(low, high));
+  const __m128i asciiLow = _mm_cmpeq_epi16(_mm_and_si128(low, nonAscii), zero);
+  const __m128i asciiHigh = _mm_cmpeq_epi16(_mm_and_si128(high, nonAscii), zero);
+  return ~static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(asciiLow, asciiHigh))) &
+         0xFFFF;
+}
+
+#endif
+
+// Converts the run of ASCII at `s`, 16 characters at a time while `limit` lies 16 ahead, and
+// moves both positions past it. Up to 16 units or bytes behind the run may be overwritten.
+// Without SSE2 the plain loops take the run.
+template <class From, class To>
+inline void AsciiRun(const From*& s, To*& d, const From* limit) {
+#ifdef TESSERA_TEXT_SSE2
   while (limit - s >= 16) {
-    const __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
-    const __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 8));
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(d), _mm_packus_epi16(low, high));
-    const __m128i asciiLow = _mm_cmpeq_epi16(_mm_and_si128(low, nonAscii), zero);
-    const __m128i asciiHigh = _mm_cmpeq_epi16(_mm_and_si128(high, nonAscii), zero);
-    const unsigned int other =
-        ~static_cast<unsigned int>(_mm_movemask_epi8(_mm_packs_epi16(asciiLow, asciiHigh))) &
-        0xFFFF;
+    const unsigned int other = AsciiBlock(s, d);
     if (other != 0) {
       const unsigned int ascii = static_cast<unsigned int>(__builtin_ctz(other));
       s += ascii;
@@ -100,7 +93,7 @@ inline void NarrowAsciiRun(const char16_t*& s, Byte*& d, const char16_t* limit) 
 }
 
 // One plainly well-formed multi-byte sequence, taken whole; false, with nothing taken, for
-// anything else.
+// anything else. It reads no byte beyond the size that the lead announces.
 inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
   const Byte lead = *s;
   if (lead < 0xE0) {
@@ -132,7 +125,7 @@ inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
 // The plain loop of UTF-8 to UTF-16, up to `limit` or to a sequence it leaves to the careful
 // step. Within the limit 3 bytes can be read behind any lead, and 2 units written.
 inline void WidenPlain(const Byte*& s, char16_t*& d, const Byte* limit) {
-  WidenAsciiRun(s, d, limit);
+  AsciiRun(s, d, limit);
   while (s < limit) {
     if (*s < 0x80)
       *d++ = *s++;
@@ -142,7 +135,8 @@ inline void WidenPlain(const Byte*& s, char16_t*& d, const Byte* limit) {
 }
 
 // One character of the plain loop of UTF-16 to UTF-8; false, with nothing taken, for a
-// surrogate that isn't a high one followed by a low one.
+// surrogate that isn't a high one followed by a low one. Only a surrogate has the unit behind
+// it read.
 inline bool NarrowStep(const char16_t*& s, Byte*& d) {
   const std::uint32_t c = *s;
   if (c < 0x80) {
@@ -176,7 +170,7 @@ inline bool NarrowStep(const char16_t*& s, Byte*& d) {
 // The plain loop of UTF-16 to UTF-8, up to `limit` or to a surrogate it leaves to the careful
 // step. Within the limit a pair's second unit can be read, and 16 bytes written.
 inline void NarrowPlain(const char16_t*& s, Byte*& d, const char16_t* limit) {
-  NarrowAsciiRun(s, d, limit);
+  AsciiRun(s, d, limit);
   while (s < limit)
     if (!NarrowStep(s, d)) return;
 }
@@ -217,7 +211,7 @@ __attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, By
   // the compiler would reload them after each.
   const char16_t* s = from;
   Byte* d = to;
-  NarrowAsciiRun(s, d, limit);
+  AsciiRun(s, d, limit);
   const __m128i zero = _mm_setzero_si128();
   const __m128i from0x800 = _mm_set1_epi16(static_cast<short>(0xF800));
   const __m128i from0x80 = _mm_set1_epi16(static_cast<short>(0xFF80));
@@ -269,78 +263,35 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
     const std::ptrdiff_t room = (toEnd - d) - 16;
     WidenPlain(s, d, s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax})));
     if (s == se) break;
+    // The careful step. The lead byte announces the size, and a cut-off sequence is
+    // incomplete before anything in it is judged; a whole one goes to a local target first,
+    // as room is judged after the bytes. 5- and 6-byte forms are never decoded.
     const Byte lead = *s;
-    const std::size_t left = static_cast<std::size_t>(se - s);
-    std::uint32_t c;
-    std::size_t size;
-    // The lead byte announces the size; a cut-off sequence is incomplete before anything in
-    // it is judged.
+    const std::ptrdiff_t announced = lead < 0xC0   ? 1
+                                     : lead < 0xE0 ? 2
+                                     : lead < 0xF0 ? 3
+                                     : lead < 0xF8 ? 4
+                                     : lead < 0xFC ? 5
+                                                   : 6;
+    if (se - s < announced) {
+      outcome = Utf8Outcome::incomplete;
+      break;
+    }
+    const Byte* next = s;
+    char16_t units[2];
+    char16_t* unitsEnd = units;
     if (lead < 0x80) {
-      c = lead;
-      size = 1;
-    } else if (lead < 0xC0) {
+      *unitsEnd++ = *next++;
+    } else if (!WidenMultiByte(next, unitsEnd)) {
       outcome = Utf8Outcome::invalid;
       break;
-    } else if (lead < 0xE0) {
-      if (left < 2) {
-        outcome = Utf8Outcome::incomplete;
-        break;
-      }
-      if (lead < 0xC2 || !IsContinuation(s[1])) {
-        outcome = Utf8Outcome::invalid;
-        break;
-      }
-      c = ((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu);
-      size = 2;
-    } else if (lead < 0xF0) {
-      if (left < 3) {
-        outcome = Utf8Outcome::incomplete;
-        break;
-      }
-      const Byte low = lead == 0xE0 ? 0xA0 : 0x80;
-      const Byte high = lead == 0xED ? 0x9F : 0xBF;
-      if (s[1] < low || s[1] > high || !IsContinuation(s[2])) {
-        outcome = Utf8Outcome::invalid;
-        break;
-      }
-      c = ((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu);
-      size = 3;
-    } else if (lead < 0xF8) {
-      if (left < 4) {
-        outcome = Utf8Outcome::incomplete;
-        break;
-      }
-      const Byte low = lead == 0xF0 ? 0x90 : 0x80;
-      const Byte high = lead == 0xF4 ? 0x8F : 0xBF;
-      if (lead > 0xF4 || s[1] < low || s[1] > high || !IsContinuation(s[2]) ||
-          !IsContinuation(s[3])) {
-        outcome = Utf8Outcome::invalid;
-        break;
-      }
-      c = ((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu);
-      size = 4;
-    } else {
-      // 5- and 6-byte forms are never decoded.
-      outcome = left < (lead < 0xFC ? 5u : 6u) ? Utf8Outcome::incomplete : Utf8Outcome::invalid;
+    }
+    if (toEnd - d < unitsEnd - units) {
+      outcome = Utf8Outcome::noRoom;
       break;
     }
-    if (c < 0x10000) {
-      if (d == toEnd) {
-        outcome = Utf8Outcome::noRoom;
-        break;
-      }
-      *d++ = static_cast<char16_t>(c);
-    } else {
-      if (toEnd - d < 2) {
-        outcome = Utf8Outcome::noRoom;
-        break;
-      }
-      c -= 0x10000;
-      d[0] = static_cast<char16_t>(0xD800 + (c >> 10));
-      d[1] = static_cast<char16_t>(0xDC00 + (c & 0x3FF));
-      d += 2;
-    }
-    s += size;
+    d = std::copy(units, unitsEnd, d);
+    s = next;
   }
   from = reinterpret_cast<const char*>(s);
   to = d;
@@ -368,52 +319,30 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
 #endif
       NarrowPlain(s, d, limit);
     if (s == fromEnd) break;
-    std::uint32_t c = *s;
-    std::size_t units = 1;
-    if (c >= 0xD800 && c <= 0xDFFF) {
-      if (c >= 0xDC00) {
-        outcome = Utf8Outcome::invalid;
-        break;
-      }
-      if (fromEnd - s < 2) {
-        outcome = Utf8Outcome::incomplete;
-        break;
-      }
-      const std::uint32_t low = s[1];
-      if (low < 0xDC00 || low > 0xDFFF) {
-        outcome = Utf8Outcome::invalid;
-        break;
-      }
-      c = ((c - 0xD800) << 10) + (low - 0xDC00) + 0x10000;
-      units = 2;
+    // The careful step: a lone low surrogate is invalid and a high one that ends the text
+    // incomplete; the rest goes to a local target first, as room is judged after the units.
+    const std::uint32_t c = *s;
+    if (c - 0xDC00 < 0x400) {
+      outcome = Utf8Outcome::invalid;
+      break;
     }
-    const std::size_t size = c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-    if (static_cast<std::size_t>(de - d) < size) {
+    if (c - 0xD800 < 0x400 && fromEnd - s < 2) {
+      outcome = Utf8Outcome::incomplete;
+      break;
+    }
+    const char16_t* next = s;
+    Byte bytes[4];
+    Byte* bytesEnd = bytes;
+    if (!NarrowStep(next, bytesEnd)) {
+      outcome = Utf8Outcome::invalid;
+      break;
+    }
+    if (de - d < bytesEnd - bytes) {
       outcome = Utf8Outcome::noRoom;
       break;
     }
-    switch (size) {
-      case 1:
-        d[0] = static_cast<Byte>(c);
-        break;
-      case 2:
-        d[0] = static_cast<Byte>(0xC0 | (c >> 6));
-        d[1] = static_cast<Byte>(0x80 | (c & 0x3F));
-        break;
-      case 3:
-        d[0] = static_cast<Byte>(0xE0 | (c >> 12));
-        d[1] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
-        d[2] = static_cast<Byte>(0x80 | (c & 0x3F));
-        break;
-      default:
-        d[0] = static_cast<Byte>(0xF0 | (c >> 18));
-        d[1] = static_cast<Byte>(0x80 | ((c >> 12) & 0x3F));
-        d[2] = static_cast<Byte>(0x80 | ((c >> 6) & 0x3F));
-        d[3] = static_cast<Byte>(0x80 | (c & 0x3F));
-        break;
-    }
-    d += size;
-    s += units;
+    d = std::copy(bytes, bytesEnd, d);
+    s = next;
   }
   from = s;
   to = reinterpret_cast<char*>(d);
