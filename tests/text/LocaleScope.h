@@ -1,4 +1,5 @@
-// Runs a block of checks under a named process locale and puts "C" back afterwards.
+// Runs a block of checks under a named process locale, for the C library and the C++ streams
+// alike, and puts "C" back afterwards.
 #ifndef TESSERA_TESTS_TEXT_LOCALESCOPE_H
 #define TESSERA_TESTS_TEXT_LOCALESCOPE_H
 
@@ -7,7 +8,9 @@
 
 class LocaleScope {
  public:
-  explicit LocaleScope(const char* name) : active_(std::setlocale(LC_ALL, name) != nullptr) {}
+  explicit LocaleScope(const char* name) : active_(std::setlocale(LC_ALL, name) != nullptr) {
+    if (active_) std::locale::global(std::locale(name));
+  }
   ~LocaleScope() {
     std::setlocale(LC_ALL, "C");
     std::locale::global(std::locale::classic());
