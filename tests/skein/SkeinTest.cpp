@@ -6,11 +6,9 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <set>
 #include <thread>
 #include <vector>
 
@@ -23,7 +21,7 @@ long long MillisecondsSince(Clock::time_point start) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count();
 }
 
-TEST(Lock, ExcludesAcrossThreadsAndGuardReleasesAndRetakes) {
+TEST(Lock, ExcludesAcrossThreadsWhileGuardsGiveItUpAndRetake) {
   Lock lock;
   long long counter = 0;
   std::vector<std::thread> threads;
@@ -32,14 +30,13 @@ TEST(Lock, ExcludesAcrossThreadsAndGuardReleasesAndRetakes) {
       for (int i = 0; i < 20000; ++i) {
         Guard<Lock> guard(lock);
         ++counter;
-        if (i % 1000 == 0) {
-          guard.Release();
-          guard.Release();  // a second release is a no-op
-          EXPECT_FALSE(guard.IsHeld());
-          guard.Acquire();
-          guard.Acquire();
-          ++counter;
-        }
+        if (i % 1000 != 0) continue;
+        guard.Release();
+        guard.Release();  // a second release does nothing
+        EXPECT_FALSE(guard.IsHeld());
+        guard.Acquire();
+        guard.Acquire();
+        ++counter;
       }
     });
   for (auto& thread : threads) thread.join();
@@ -49,31 +46,29 @@ TEST(Lock, ExcludesAcrossThreadsAndGuardReleasesAndRetakes) {
 TEST(Waitable, TimeoutRemainingAndAliasing) {
   ManualEvent event(false);
   std::uint64_t remaining = 12345;
-  auto start = Clock::now();
+  const auto start = Clock::now();
   EXPECT_FALSE(event.Wait(30, &remaining));
   EXPECT_GE(MillisecondsSince(start), 30);
   EXPECT_EQ(remaining, 0u);
-
-  EXPECT_FALSE(event.Wait(0, &remaining));  // a zero wait polls once
+  EXPECT_FALSE(event.Wait(0, &remaining));
 
   event.Set();
   std::uint64_t timeout = 10000;
-  EXPECT_TRUE(event.Wait(timeout, &timeout));  // remaining written over the timeout itself
+  EXPECT_TRUE(event.Wait(timeout, &timeout));  // the unspent time written over the timeout
   EXPECT_GT(timeout, 9000u);
   EXPECT_LE(timeout, 10000u);
-
   std::uint64_t unlimited = Waitable::infinite;
   EXPECT_TRUE(event.Wait(unlimited, &unlimited));
   EXPECT_EQ(unlimited, Waitable::infinite);
-  EXPECT_TRUE(event.Wait(0, nullptr));  // manual: stays set
+  EXPECT_TRUE(event.Wait(0, nullptr));  // a manual event stays set
   event.Reset();
   EXPECT_FALSE(event.Wait(0, nullptr));
 }
 
-TEST(Waitable, AutoEventLetsOneWaiterPassPerSet) {
+TEST(Waitable, AutoEventLetsOneWaiterPassPerSetAcrossThreadsAndHandles) {
   AutoEvent event(true);
   EXPECT_TRUE(event.Wait(0, nullptr));
-  EXPECT_FALSE(event.Wait(0, nullptr));  // cleared by the wait that passed
+  EXPECT_FALSE(event.Wait(0, nullptr));
   event.Set();
   event.Set();  // setting a set event keeps it set once
   EXPECT_TRUE(event.Wait(0, nullptr));
@@ -82,9 +77,7 @@ TEST(Waitable, AutoEventLetsOneWaiterPassPerSet) {
   std::atomic<int> passed{0};
   std::vector<std::thread> waiters;
   for (int i = 0; i < 3; ++i)
-    waiters.emplace_back([&] {
-      if (event.Wait(2000, nullptr)) ++passed;
-    });
+    waiters.emplace_back([&] { passed += event.Wait(2000, nullptr); });
   for (int i = 0; i < 3; ++i) {
     event.Set();
     for (int spin = 0; spin < 200 && passed.load() <= i; ++spin)
@@ -92,46 +85,24 @@ TEST(Waitable, AutoEventLetsOneWaiterPassPerSet) {
   }
   for (auto& waiter : waiters) waiter.join();
   EXPECT_EQ(passed, 3);
-}
 
-TEST(Waitable, WakesAcrossThreadsAndThroughItsHandle) {
-  ManualEvent manual(false);
-  std::thread setter([&] {
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    manual.Set();
-  });
-  auto start = Clock::now();
-  manual.Wait();
-  EXPECT_GE(MillisecondsSince(start), 15);
-  setter.join();
-
-  // A timer thread signals an AutoEvent by writing to its descriptor; an epoll or poll loop
-  // sees it readable.
-  AutoEvent event(false);
+  // A timer thread signals through the descriptor; a poll loop sees it readable until taken.
   pollfd entry{event.GetHandle(), POLLIN, 0};
   EXPECT_EQ(poll(&entry, 1, 0), 0);
-  std::thread signaller([fd = event.GetHandle()] { eventfd_write(fd, 1); });
-  signaller.join();
+  std::thread([fd = event.GetHandle()] { eventfd_write(fd, 1); }).join();
   EXPECT_EQ(poll(&entry, 1, 1000), 1);
   EXPECT_TRUE(event.Wait(1000, nullptr));
   EXPECT_EQ(poll(&entry, 1, 0), 0);
 }
 
-TEST(Thread, SelfIdIsNonZeroStableAndDistinct) {
+TEST(Thread, SelfIdIsNonZeroStableAndPerThread) {
   const std::uint32_t mine = Thread::GetSelfId();
   EXPECT_NE(mine, 0u);
   EXPECT_EQ(Thread::GetSelfId(), mine);
-  std::set<std::uint32_t> ids{mine};
-  std::vector<std::thread> threads;
-  Lock lock;
-  for (int i = 0; i < 4; ++i)
-    threads.emplace_back([&] {
-      Guard<Lock> guard(lock);
-      ids.insert(Thread::GetSelfId());
-    });
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(ids.size(), 5u);
-  EXPECT_EQ(ids.count(0), 0u);
+  std::uint32_t other = 0;
+  std::thread([&] { other = Thread::GetSelfId(); }).join();
+  EXPECT_NE(other, 0u);
+  EXPECT_NE(other, mine);
 }
 
 }  // namespace

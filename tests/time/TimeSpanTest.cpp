@@ -9,51 +9,32 @@
 namespace Tessera {
 namespace {
 
-// Constants must be usable in constant expressions, hence before any code has run.
-static_assert(TimeSpan::day.GetTicks() == 864000000000, "constant-initialised");
-static_assert(TimeSpan::microsecond.GetTicks() == 10 && TimeSpan::millisecond.GetTicks() == 10000 &&
-                  TimeSpan::second.GetTicks() == 10000000 && TimeSpan::minute.GetTicks() == 600000000 &&
-                  TimeSpan::hour.GetTicks() == 36000000000,
-              "unit ticks");
+// Usable in constant expressions, hence before any code of the library has run.
+static_assert(TimeSpan::day.GetTicks() == 864000000000 && TimeSpan::microsecond.GetTicks() == 10, "constants");
 
-TEST(TimeSpan, ValuesAndWrappingArithmetic) {
-  EXPECT_EQ(TimeSpan().GetTicks(), 0);
-  EXPECT_EQ(TimeSpan(-1).GetTicks(), -1);
-  TimeSpan span(5);
-  (span += TimeSpan(10)) -= TimeSpan(20);
-  EXPECT_EQ(span.GetTicks(), -5);
+TEST(TimeSpan, ArithmeticWrapsAndDivisionIsFloatingPoint) {
   TimeSpan top(std::numeric_limits<std::int64_t>::max());
   top += TimeSpan(1);
   EXPECT_EQ(top.GetTicks(), std::numeric_limits<std::int64_t>::min());
   top -= TimeSpan(1);
   EXPECT_EQ(top.GetTicks(), std::numeric_limits<std::int64_t>::max());
-}
-
-TEST(TimeSpan, DivIsFloatingPointWithoutTraps) {
   EXPECT_EQ(TimeSpan::minute.div(TimeSpan::second), 60.0);
   EXPECT_DOUBLE_EQ(TimeSpan::second.div(TimeSpan::minute), 1.0 / 60.0);
-  EXPECT_TRUE(std::isinf(TimeSpan(7).div(TimeSpan())));
-  EXPECT_LT(TimeSpan(-7).div(TimeSpan()), 0.0);
+  EXPECT_EQ(TimeSpan(-7).div(TimeSpan()), -HUGE_VAL);
   EXPECT_TRUE(std::isnan(TimeSpan().div(TimeSpan())));
 }
 
-TEST(TimeSpan, RenderTruncatesTowardZeroAndKeepsTheSign) {
-  ::timeval out{};
-  TimeSpan(-15000000).Render(out);
-  EXPECT_EQ(out.tv_sec, -1);
-  EXPECT_EQ(out.tv_usec, -500000);
-  TimeSpan(9).Render(out);
-  EXPECT_EQ(out.tv_sec, 0);
-  EXPECT_EQ(out.tv_usec, 0);
-  TimeSpan(19).Render(out);
-  EXPECT_EQ(out.tv_usec, 1);
-  TimeSpan(-19).Render(out);
-  EXPECT_EQ(out.tv_usec, -1);
-  // Seconds keep only their low 32 bits, as the 32-bit fields did.
-  TimeSpan((std::int64_t{1} << 32) * TimeSpan::second.GetTicks() + 3 * TimeSpan::second.GetTicks()).Render(out);
-  EXPECT_EQ(out.tv_sec, 3);
-  TimeSpan(std::int64_t{0x80000000} * TimeSpan::second.GetTicks()).Render(out);
-  EXPECT_EQ(out.tv_sec, std::numeric_limits<std::int32_t>::min());
+TEST(TimeSpan, RenderTruncatesTowardZeroKeepsTheSignAndLow32Bits) {
+  const std::int64_t second = TimeSpan::second.GetTicks();
+  struct Case { std::int64_t ticks; long sec, usec; };
+  for (const Case& c : {Case{-15000000, -1, -500000}, Case{9, 0, 0}, Case{19, 0, 1}, Case{-19, 0, -1},
+                        Case{((std::int64_t{1} << 32) + 3) * second, 3, 0},
+                        Case{std::int64_t{0x80000000} * second, std::numeric_limits<std::int32_t>::min(), 0}}) {
+    ::timeval out{};
+    TimeSpan(c.ticks).Render(out);
+    EXPECT_EQ(out.tv_sec, c.sec) << c.ticks;
+    EXPECT_EQ(out.tv_usec, c.usec) << c.ticks;
+  }
 }
 
 }  // namespace
