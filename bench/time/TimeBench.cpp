@@ -14,148 +14,83 @@
 
 namespace {
 
-const char* const httpText = "Wed, 12 Nov 2008 12:34:56 GMT";
-const char* const isoText = "2008-11-12T12:34:56.789Z";
+const std::string httpText = "Wed, 12 Nov 2008 12:34:56 GMT";
+const std::string isoText = "2008-11-12T12:34:56.789Z";
+const Tessera::Time tesseraTime(2008, 11, 12, 12, 34, 56, 789, Tessera::TimeKind::Utc);
+const Poco::DateTime pocoTime(2008, 11, 12, 12, 34, 56, 789);
+const std::time_t unixTime = 1226493296;
 
-void FormatHttp_Tessera(benchmark::State& state) {
-  const Tessera::Time time(2008, 11, 12, 12, 34, 56, 789, Tessera::TimeKind::Utc);
+// Runs `format(out)` into a reused string.
+template <class Format>
+void FormatInto(benchmark::State& state, Format format) {
   std::string out;
   out.reserve(64);
   for (auto _ : state) {
-    time.FormatHttp(out);
+    format(out);
     benchmark::DoNotOptimize(out.data());
   }
 }
-BENCHMARK(FormatHttp_Tessera);
 
-void FormatHttp_Poco(benchmark::State& state) {
-  const Poco::DateTime time(2008, 11, 12, 12, 34, 56, 789);
-  std::string out;
-  out.reserve(64);
-  for (auto _ : state) {
+void Format_Tessera(benchmark::State& state, bool iso) {
+  FormatInto(state, [iso](std::string& out) { iso ? tesseraTime.FormatIso(out, 0) : tesseraTime.FormatHttp(out); });
+}
+
+void Format_Poco(benchmark::State& state, const char* layout) {
+  FormatInto(state, [layout](std::string& out) {
     out.clear();
-    Poco::DateTimeFormatter::append(out, time, Poco::DateTimeFormat::HTTP_FORMAT);
-    benchmark::DoNotOptimize(out.data());
-  }
+    Poco::DateTimeFormatter::append(out, pocoTime, layout);
+  });
 }
-BENCHMARK(FormatHttp_Poco);
 
-void FormatHttp_strftime(benchmark::State& state) {
-  const std::time_t seconds = 1226493296;
-  std::string out;
-  out.reserve(64);
-  for (auto _ : state) {
+// strftime has no milliseconds: `tail` is appended as the other libraries write it.
+void Format_strftime(benchmark::State& state, const char* layout, const char* tail) {
+  FormatInto(state, [layout, tail](std::string& out) {
     std::tm fields;
-    ::gmtime_r(&seconds, &fields);
+    ::gmtime_r(&unixTime, &fields);
     char buffer[64];
-    const std::size_t length = std::strftime(buffer, sizeof buffer, "%a, %d %b %Y %H:%M:%S GMT", &fields);
-    out.assign(buffer, length);
-    benchmark::DoNotOptimize(out.data());
-  }
+    const std::size_t length = std::strftime(buffer, sizeof buffer, layout, &fields);
+    out.assign(buffer, length).append(tail);
+  });
 }
-BENCHMARK(FormatHttp_strftime);
 
-void ParseHttp_Tessera(benchmark::State& state) {
-  const std::string text = httpText;
+void Parse_Tessera(benchmark::State& state, bool iso) {
   Tessera::Time time(0, Tessera::TimeKind::Utc);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(time.ParseHttp(text));
+    benchmark::DoNotOptimize(iso ? time.ParseIso(isoText) : time.ParseHttp(httpText));
     benchmark::DoNotOptimize(&time);
   }
 }
-BENCHMARK(ParseHttp_Tessera);
 
-void ParseHttp_Poco(benchmark::State& state) {
-  const std::string text = httpText;
+void Parse_Poco(benchmark::State& state, const std::string& format, const std::string& text) {
   Poco::DateTime time;
   int zone = 0;
   for (auto _ : state) {
-    Poco::DateTimeParser::parse(Poco::DateTimeFormat::HTTP_FORMAT, text, time, zone);
+    Poco::DateTimeParser::parse(format, text, time, zone);
     benchmark::DoNotOptimize(&time);
   }
 }
-BENCHMARK(ParseHttp_Poco);
 
-void ParseHttp_strptime(benchmark::State& state) {
-  const std::string text = httpText;
+void Parse_strptime(benchmark::State& state, const char* layout, const std::string& text) {
   for (auto _ : state) {
     std::tm fields{};
-    benchmark::DoNotOptimize(::strptime(text.c_str(), "%a, %d %b %Y %H:%M:%S GMT", &fields));
+    benchmark::DoNotOptimize(::strptime(text.c_str(), layout, &fields));
     benchmark::DoNotOptimize(::timegm(&fields));
   }
 }
-BENCHMARK(ParseHttp_strptime);
 
-void FormatIso_Tessera(benchmark::State& state) {
-  const Tessera::Time time(2008, 11, 12, 12, 34, 56, 789, Tessera::TimeKind::Utc);
-  std::string out;
-  out.reserve(64);
-  for (auto _ : state) {
-    time.FormatIso(out, 0);
-    benchmark::DoNotOptimize(out.data());
-  }
-}
-BENCHMARK(FormatIso_Tessera);
-
-void FormatIso_Poco(benchmark::State& state) {
-  const Poco::DateTime time(2008, 11, 12, 12, 34, 56, 789);
-  std::string out;
-  out.reserve(64);
-  for (auto _ : state) {
-    out.clear();
-    // "%Y-%m-%dT%H:%M:%s%z" with milliseconds, as the Tessera text.
-    Poco::DateTimeFormatter::append(out, time, "%Y-%m-%dT%H:%M:%S.%iZ");
-    benchmark::DoNotOptimize(out.data());
-  }
-}
-BENCHMARK(FormatIso_Poco);
-
-void FormatIso_strftime(benchmark::State& state) {
-  const std::time_t seconds = 1226493296;
-  std::string out;
-  out.reserve(64);
-  for (auto _ : state) {
-    std::tm fields;
-    ::gmtime_r(&seconds, &fields);
-    char buffer[64];
-    std::size_t length = std::strftime(buffer, sizeof buffer, "%Y-%m-%dT%H:%M:%S", &fields);
-    std::memcpy(buffer + length, ".789Z", 5);  // strftime has no milliseconds
-    out.assign(buffer, length + 5);
-    benchmark::DoNotOptimize(out.data());
-  }
-}
-BENCHMARK(FormatIso_strftime);
-
-void ParseIso_Tessera(benchmark::State& state) {
-  const std::string text = isoText;
-  Tessera::Time time(0, Tessera::TimeKind::Utc);
-  for (auto _ : state) {
-    benchmark::DoNotOptimize(time.ParseIso(text));
-    benchmark::DoNotOptimize(&time);
-  }
-}
-BENCHMARK(ParseIso_Tessera);
-
-void ParseIso_Poco(benchmark::State& state) {
-  const std::string text = isoText;
-  Poco::DateTime time;
-  int zone = 0;
-  for (auto _ : state) {
-    Poco::DateTimeParser::parse(Poco::DateTimeFormat::ISO8601_FRAC_FORMAT, text, time, zone);
-    benchmark::DoNotOptimize(&time);
-  }
-}
-BENCHMARK(ParseIso_Poco);
-
-void ParseIso_strptime(benchmark::State& state) {
-  const std::string text = isoText;
-  for (auto _ : state) {
-    std::tm fields{};
-    benchmark::DoNotOptimize(::strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &fields));
-    benchmark::DoNotOptimize(::timegm(&fields));
-  }
-}
-BENCHMARK(ParseIso_strptime);
+BENCHMARK_CAPTURE(Format_Tessera, Http, false);
+BENCHMARK_CAPTURE(Format_Poco, Http, Poco::DateTimeFormat::HTTP_FORMAT.c_str());
+BENCHMARK_CAPTURE(Format_strftime, Http, "%a, %d %b %Y %H:%M:%S GMT", "");
+BENCHMARK_CAPTURE(Parse_Tessera, Http, false);
+BENCHMARK_CAPTURE(Parse_Poco, Http, Poco::DateTimeFormat::HTTP_FORMAT, httpText);
+BENCHMARK_CAPTURE(Parse_strptime, Http, "%a, %d %b %Y %H:%M:%S GMT", httpText);
+BENCHMARK_CAPTURE(Format_Tessera, Iso, true);
+BENCHMARK_CAPTURE(Format_Poco, Iso, "%Y-%m-%dT%H:%M:%S.%iZ");
+BENCHMARK_CAPTURE(Format_strftime, Iso, "%Y-%m-%dT%H:%M:%S", ".789Z");
+BENCHMARK_CAPTURE(Parse_Tessera, Iso, true);
+BENCHMARK_CAPTURE(Parse_Poco, Iso, Poco::DateTimeFormat::ISO8601_FRAC_FORMAT, isoText);
+BENCHMARK_CAPTURE(Parse_strptime, Iso, "%Y-%m-%dT%H:%M:%S", isoText);
 
 }  // namespace
+
 BENCHMARK_MAIN();
