@@ -4,21 +4,13 @@
 // forces without changing the meaning.
 #include <tessera/time/Time.h>
 
+#include "FuzzTime.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <string>
 
 namespace {
-
-std::uint64_t TicksOf(const Tessera::Time& time) {
-  Win32::FILETIME value;
-  time.Render(value);
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
-}
-
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
 
 // Formats that can be read back: a year the calendar accepts.
 bool Writable(const Tessera::Time& time) {

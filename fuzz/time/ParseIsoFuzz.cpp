@@ -4,24 +4,12 @@
 // agrees with the tokenizer, which a leading separator forces without changing the meaning.
 #include <tessera/time/Time.h>
 
+#include "FuzzTime.h"
+
 #include <cstdint>
 #include <cstdlib>
 #include <sstream>
 #include <string>
-
-namespace {
-
-std::uint64_t TicksOf(const Tessera::Time& time) {
-  Win32::FILETIME value;
-  time.Render(value);
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
-}
-
-void Check(bool condition) {
-  if (!condition) std::abort();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);

@@ -40,29 +40,20 @@ inline char* PutNumber(char* out, std::uint64_t value, unsigned width) {
   return out;
 }
 
-inline char* PutTwo(char* out, unsigned value) {
-  if (value >= 100) return PutNumber(out, value, 2);
-  out[0] = static_cast<char>('0' + value / 10);
-  out[1] = static_cast<char>('0' + value % 10);
-  return out + 2;
+// `value` in exactly `Width` digits when it fits, unrolled by the compiler; wider values
+// take PutNumber.
+template <unsigned Width>
+inline char* PutDigits(char* out, unsigned value) {
+  static_assert(Width >= 2 && Width <= 4, "the date fields are two to four digits wide");
+  constexpr unsigned limit = Width == 2 ? 100 : Width == 3 ? 1000 : 10000;
+  if (value >= limit) return PutNumber(out, value, Width);
+  for (unsigned i = Width; i-- > 0; value /= 10) out[i] = static_cast<char>('0' + value % 10);
+  return out + Width;
 }
 
-inline char* PutThree(char* out, unsigned value) {
-  if (value >= 1000) return PutNumber(out, value, 3);
-  out[0] = static_cast<char>('0' + value / 100);
-  out[1] = static_cast<char>('0' + value / 10 % 10);
-  out[2] = static_cast<char>('0' + value % 10);
-  return out + 3;
-}
-
-inline char* PutFour(char* out, unsigned value) {
-  if (value >= 10000) return PutNumber(out, value, 4);
-  out[0] = static_cast<char>('0' + value / 1000);
-  out[1] = static_cast<char>('0' + value / 100 % 10);
-  out[2] = static_cast<char>('0' + value / 10 % 10);
-  out[3] = static_cast<char>('0' + value % 10);
-  return out + 4;
-}
+inline char* PutTwo(char* out, unsigned value) { return PutDigits<2>(out, value); }
+inline char* PutThree(char* out, unsigned value) { return PutDigits<3>(out, value); }
+inline char* PutFour(char* out, unsigned value) { return PutDigits<4>(out, value); }
 
 // Replaces `out` with the text, reusing its storage.
 inline void Assign(std::string& out, const char* text, const char* end) {
