@@ -10,6 +10,7 @@ int main() {
   Tour::ShowMemory();
   Tour::ShowText();
   Tour::ShowTime();
+  Tour::ShowTimers();
   Tour::ShowNumerics();
   Tessera::Shutdown();
   return 0;

@@ -12,6 +12,7 @@ void ShowFrame();
 void ShowMemory();
 void ShowText();
 void ShowTime();
+void ShowTimers();
 void ShowNumerics();
 
 }  // namespace Tour
