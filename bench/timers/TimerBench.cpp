@@ -1,7 +1,8 @@
 // Lateness of a 10 ms periodic timer of each service over two seconds, beside a bare
 // timerfd read in a loop and Boost.Asio's steady_timer; the cost of Start and Stop; and a
 // thousand concurrent multimedia timers. Lateness is the firing time minus the due time,
-// reported as counters in microseconds (median and 99th percentile).
+// reported as counters in microseconds (median and 99th percentile). A window timer is
+// re-armed at each firing, so its due time is the previous firing plus the period.
 #include <sys/timerfd.h>
 #include <unistd.h>
 
@@ -25,6 +26,7 @@
 #include <skein/Thread.h>
 #include <tessera/timers/EventTimerService.h>
 #include <tessera/timers/WinMMTimerService.h>
+#include <tessera/timers/WindowTimerService.h>
 
 namespace {
 
@@ -32,10 +34,11 @@ using Clock = std::chrono::steady_clock;
 constexpr auto kPeriod = std::chrono::milliseconds(10);
 constexpr int kFirings = 200;  // two seconds
 
-// Firing moments against a drift-free schedule from `start`.
+// Firing moments against a drift-free schedule from `start`, or, for a timer re-armed at
+// each firing, against the previous firing.
 class Lateness {
  public:
-  explicit Lateness(std::size_t expected) { moments_.reserve(expected); }
+  explicit Lateness(std::size_t expected, bool rearmed = false) : rearmed_(rearmed) { moments_.reserve(expected); }
   void Start() { start_ = Clock::now(); }
   void Record() { moments_.push_back(Clock::now()); }
   std::size_t Count() const { return moments_.size(); }
@@ -43,7 +46,8 @@ class Lateness {
   void Report(benchmark::State& state) {
     std::vector<double> late;
     for (std::size_t i = 0; i < moments_.size(); ++i) {
-      const Clock::time_point due = start_ + kPeriod * static_cast<int>(i + 1);
+      const Clock::time_point due =
+          rearmed_ && i > 0 ? moments_[i - 1] + kPeriod : start_ + kPeriod * static_cast<int>(i + 1);
       late.push_back(std::chrono::duration<double, std::micro>(moments_[i] - due).count());
     }
     if (late.empty()) return;
@@ -54,6 +58,7 @@ class Lateness {
   }
 
  private:
+  bool rearmed_;
   Clock::time_point start_;
   std::vector<Clock::time_point> moments_;
 };
@@ -61,7 +66,7 @@ class Lateness {
 // Counts firings into a Lateness and wakes the benchmark thread after the last one.
 class LatenessObserver : public Tessera::TimerObserver {
  public:
-  explicit LatenessObserver(int firings) : lateness(firings), wanted(firings) {}
+  explicit LatenessObserver(int firings, bool rearmed = false) : lateness(firings, rearmed), wanted(firings) {}
   void HandleTimer(Tessera::Timer& timer) override {
     if (lateness.Count() >= static_cast<std::size_t>(wanted)) return;
     lateness.Record();
@@ -154,6 +159,24 @@ void Lateness_WinMMTimerOnDispatcher(benchmark::State& state) {
 }
 BENCHMARK(Lateness_WinMMTimerOnDispatcher)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
+// The window's thread is the benchmark's: it runs the message loop itself.
+void Lateness_WindowTimer(benchmark::State& state) {
+  const Win32::HWND window = Win32::CreateMessageWindow();
+  Tessera::WindowTimerService service(window);
+  for (auto _ : state) {
+    LatenessObserver observer(kFirings, true);
+    std::unique_ptr<Tessera::Timer> timer(service.CreateTimer(observer));
+    observer.lateness.Start();
+    timer->StartPeriodic(Tessera::TimeSpan(10 * Tessera::TimeSpan::millisecond.GetTicks()));
+    Win32::MSG msg{};
+    while (!observer.done && Win32::GetMessageA(&msg, nullptr, 0, 0) > 0) service.ProcessMessage(msg);
+    timer.reset();
+    observer.lateness.Report(state);
+  }
+  Win32::DestroyWindow(window);
+}
+BENCHMARK(Lateness_WindowTimer)->Iterations(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+
 class NoObserver : public Tessera::TimerObserver {
  public:
   void HandleTimer(Tessera::Timer&) override {}
@@ -189,6 +212,16 @@ void StartStop_WinMMTimerOnDispatcher(benchmark::State& state) {
   StartStop(state, service);
 }
 BENCHMARK(StartStop_WinMMTimerOnDispatcher);
+
+void StartStop_WindowTimer(benchmark::State& state) {
+  const Win32::HWND window = Win32::CreateMessageWindow();
+  {
+    Tessera::WindowTimerService service(window);
+    StartStop(state, service);
+  }
+  Win32::DestroyWindow(window);
+}
+BENCHMARK(StartStop_WindowTimer);
 
 void StartStop_BareTimerfd(benchmark::State& state) {
   const int handle = timerfd_create(CLOCK_MONOTONIC, TFD_CLOEXEC);

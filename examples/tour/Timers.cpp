@@ -51,6 +51,19 @@ class Watch : public Tessera::TimerObserver {
 
 Tessera::TimeSpan Milliseconds(std::int64_t count) { return Tessera::TimeSpan(count * Tessera::TimeSpan::millisecond.GetTicks()); }
 
+// Window timers fire in this thread's message loop, so the wait pumps it.
+Tessera::WindowTimerService* pumped = nullptr;
+
+void Wait(const Watch& periodic, const Watch& once) {
+  Win32::MSG msg{};
+  while (!periodic.done || !once.done) {
+    if (pumped == nullptr)
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    else if (Win32::GetMessageA(&msg, nullptr, 0, 0) > 0)
+      pumped->ProcessMessage(msg);
+  }
+}
+
 // Runs a periodic and a one-shot timer of `service` and prints what they saw.
 void Run(Tessera::TimerService& service, const char* periodicName, const char* onceName) {
   Watch periodic(periodicName, 20, std::chrono::milliseconds(10), std::chrono::milliseconds(10));
@@ -61,7 +74,7 @@ void Run(Tessera::TimerService& service, const char* periodicName, const char* o
   ticker->StartPeriodic(Milliseconds(10));
   once.Begin();
   single->Start(Milliseconds(25), nullptr);
-  while (!periodic.done || !once.done) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  Wait(periodic, once);
   ticker.reset();
   single.reset();
   periodic.Print();
@@ -71,10 +84,18 @@ void Run(Tessera::TimerService& service, const char* periodicName, const char* o
 }  // namespace
 
 void ShowTimers() {
-  Heading("timers: event-driven and multimedia, periodic every 10 ms and once after 25 ms");
+  Heading("timers: event-driven, window and multimedia, periodic every 10 ms and once after 25 ms");
   Skein::EpollDispatcher dispatcher;
   Tessera::EventTimerService events(dispatcher);
   Run(events, "event-driven, periodic       ", "event-driven, once           ");
+  const Win32::HWND window = Win32::CreateMessageWindow();
+  {
+    Tessera::WindowTimerService windows(window);
+    pumped = &windows;
+    Run(windows, "window, periodic (re-armed)  ", "window, once                 ");
+    pumped = nullptr;
+  }
+  Win32::DestroyWindow(window);
   Tessera::WinMMTimerService multimedia;
   Run(multimedia, "multimedia, periodic         ", "multimedia, once             ");
   Tessera::WinMMTimerService multimediaOnDispatcher(&dispatcher);

@@ -30,6 +30,7 @@
 #include <tessera/timers/EventTimerService.h>
 #include <tessera/timers/Timer.h>
 #include <tessera/timers/WinMMTimerService.h>
+#include <tessera/timers/WindowTimerService.h>
 #include <tessera/win32/Clock.h>
 #include <tessera/win32/LastError.h>
 #include <tessera/win32/Loader.h>
