@@ -1,13 +1,18 @@
 // Helpers of the timer tests: an observer that counts its calls, a dispatcher that counts
-// the calls it hands on, and bounded waits.
+// the calls it hands on, bounded waits, and the check of a failed Start.
 #ifndef TESSERA_TESTS_TIMERTESTING_H
 #define TESSERA_TESTS_TIMERTESTING_H
+
+#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <string>
 #include <thread>
+#include <typeinfo>
 
+#include <plaint/Error.h>
 #include <skein/EventDispatcher.h>
 #include <skein/Thread.h>
 #include <tessera/timers/Timer.h>
@@ -56,6 +61,33 @@ struct CountingDispatcher : Skein::EventDispatcher {
   std::atomic<int> registers{0};
   std::atomic<int> unregisters{0};
 };
+
+// A Start that must fail: its call, and the class, message, argument name or Win32 code
+// of the error it throws.
+struct FailedStart {
+  std::function<void()> start;
+  const std::type_info& type;
+  const char* message;
+  const char* name;
+  std::uint32_t code;
+};
+
+// The error comes from `function` in the source file `source`.
+inline void ExpectStartError(const FailedStart& expected, const char* function, const char* source) {
+  try {
+    expected.start();
+    ADD_FAILURE() << "no throw for " << expected.message;
+  } catch (const Plaint::Error& error) {
+    EXPECT_TRUE(typeid(error) == expected.type) << expected.message;
+    EXPECT_STREQ(error.AsException().what(), expected.message);
+    EXPECT_STREQ(error.GetContext().function, function);
+    EXPECT_NE(std::string(error.GetContext().file).find(source), std::string::npos);
+    const auto* argument = error.GetInfo<Plaint::ErrorInfo_invalidArgumentName>();
+    EXPECT_STREQ(argument != nullptr ? *argument : nullptr, expected.name);
+    const auto* win32 = error.GetInfo<Plaint::ErrorInfo_Win32Error>();
+    EXPECT_EQ(win32 != nullptr ? *win32 : 0u, expected.code);
+  }
+}
 
 }  // namespace testing
 }  // namespace Tessera
