@@ -26,7 +26,11 @@ class TESSERA_API Timer : public Waitable {
   void Start(const Tessera::TimeSpan& delay, const Tessera::TimeSpan* period);
   // The same with the first firing at `when`, a UTC or a local time; a local time is read
   // by the zone offset in force at the call. A moment in the past fires at once.
-  void Start(const Tessera::Time& when, const Tessera::TimeSpan* period);
+  // Inline, so that Skein's objects need the time area only where this form is used.
+  void Start(const Tessera::Time& when, const Tessera::TimeSpan* period) {
+    // Both read on the clock of `when`'s kind and compared in UTC.
+    Start(when - Tessera::Time(when.GetKind()), period);
+  }
   // Disarms the timer and clears a signal not yet taken. Harmless on a stopped timer.
   void Stop();
 

@@ -54,12 +54,6 @@ void Timer::Start(const Tessera::TimeSpan& delay, const Tessera::TimeSpan* perio
   Arm(GetHandle(), delay.GetTicks(), period);
 }
 
-void Timer::Start(const Tessera::Time& when, const Tessera::TimeSpan* period) {
-  // Both read on the clock of `when`'s kind and compared in UTC, so a local time follows
-  // the zone in force now.
-  Arm(GetHandle(), (when - Tessera::Time(when.GetKind())).GetTicks(), period);
-}
-
 void Timer::Stop() {
   const itimerspec disarmed{};
   // Setting the timer also drops expirations not yet read.
