@@ -9,6 +9,7 @@ int main() {
   Tour::ShowFrame();
   Tour::ShowMemory();
   Tour::ShowText();
+  Tour::ShowCharsets();
   Tour::ShowTime();
   Tour::ShowNumerics();
   Tessera::Shutdown();

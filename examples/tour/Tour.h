@@ -11,6 +11,7 @@ inline void Heading(const char* title) { std::cout << "\n== " << title << " ==\n
 void ShowFrame();
 void ShowMemory();
 void ShowText();
+void ShowCharsets();
 void ShowTime();
 void ShowNumerics();
 
