@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <tessera/frame/Errors.h>
 
@@ -60,6 +62,26 @@ Thrown Catch(Operation operation) {
 }
 
 }  // namespace
+
+TEST(TextConv, PagesBuiltOnFirstUseServeManyThreads) {
+  // First in the file, so that the threads race to build the pages.
+  const struct {
+    unsigned int codePage;
+    std::string bytes;
+    std::u16string units;
+  } rows[] = {{866, "\x80\xAF", u"\u0410\u043F"},
+              {949, "\xB0\xA1", u"\uAC00"},
+              {50225, "\x1B$)C\x0E\x30\x21\x0F", u"\uAC00"}};
+  std::vector<std::thread> threads;
+  std::vector<int> wrong(4, 0);
+  for (int& count : wrong)
+    threads.emplace_back([&rows, &count] {
+      for (int round = 0; round < 50; ++round)
+        for (const auto& row : rows) count += Widen(row.bytes, row.codePage) != row.units;
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(wrong, std::vector<int>(4, 0));
+}
 
 TEST(TextConv, CharsetNamesNormaliseBeforeTheLookup) {
   LocaleScope locale("C");
