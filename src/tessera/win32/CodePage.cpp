@@ -44,6 +44,8 @@ enum Fix : unsigned {
   kSevenBit = 2,
   // Windows maps the user-defined rows F0-F9 of Shift_JIS to U+E000 on.
   kUserDefinedRows = 4,
+  // IBM's Latin-9 EBCDIC: the Latin-1 layout of 1047 with ISO 8859-15's eight replacements.
+  kLatin9 = 16,
   // Stream pages that encode all of Unicode, and so keep ICU's U+FFFD for what is bad.
   kUnicode = 8,
 };
@@ -145,6 +147,7 @@ constexpr Page kPages[] = {
     {20871, kSb, kIcu, "ibm-871_P100-1995", kNoFix},
     {20880, kSb, kIconv, "IBM880", kNoFix},
     {20905, kSb, kIconv, "IBM905", kNoFix},
+    {20924, kSb, kIcu, "ibm-1047_P100-1995", kLatin9},
     {20932, kSt, kIcu, "euc-jp-2007", kNoFix},
     {20936, kDb, kIcu, "ibm-1383_P110-1999", kNoFix},
     {20949, kDb, kIcu, "ibm-970_P110_P110-2006_U2", kNoFix},
@@ -310,6 +313,14 @@ class Probe {
 void CorrectSingles(const Page& page, char16_t* single, bool* genuine, bool* lead) {
   if (page.fixes & kDosControls) {
     for (const Byte b : {0x1A, 0x1C, 0x7F}) single[b] = b;
+  }
+  if (page.fixes & kLatin9) {
+    static constexpr char16_t kReplaced[8][2] = {{0xA4, 0x20AC}, {0xA6, 0x0160}, {0xA8, 0x0161},
+                                                 {0xB4, 0x017D}, {0xB8, 0x017E}, {0xBC, 0x0152},
+                                                 {0xBD, 0x0153}, {0xBE, 0x0178}};
+    for (int b = 0; b < 256; ++b)
+      for (const auto& pair : kReplaced)
+        if (single[b] == pair[0]) single[b] = pair[1];
   }
   for (const Correction& c : kCorrections) {
     if (c.codePage != page.codePage) continue;
