@@ -6,8 +6,10 @@
 // for every byte of a single-byte page; narrowing gives '?' (in the page's own encoding) for a
 // character that the page can't express, and U+FFFD's form for a lone surrogate in UTF-8.
 // Single- and double-byte pages run on tables built once from the system's converters (ICU,
-// or the C library's iconv for a few pages ICU lacks) and corrected where Windows differs;
-// stateful and Unicode pages run on ICU's converters.
+// or the C library's iconv for a few pages ICU lacks), or from Apple's published tables for
+// two Mac pages, and corrected where Windows differs; stateful and Unicode pages run on ICU's
+// converters. Pages without any of these (10001-10005, 10008, 10021, 20000-20005, 20105,
+// 20833, 29001) fail with ERROR_INVALID_PARAMETER.
 #ifndef TESSERA_WIN32_CODEPAGE_H
 #define TESSERA_WIN32_CODEPAGE_H
 

@@ -123,6 +123,7 @@ bool Base64Decode(const void* data, unsigned int length, std::string& out) {
   bool good = true;
   for (; s < end; ++s) {
     const Byte c = *s;
+    // Kept for compatibility: the first pad ends the text, whatever stands behind it.
     if (c == '=') break;
     std::uint32_t value = kDecode.shifted[3][c];
     if (value & kOutside) {

@@ -35,7 +35,8 @@ constexpr HexTable MakeHexTable() {
 constexpr HexTable kHex = MakeHexTable();
 
 // The byte that the two characters at `s` stand for. Two hex digits are looked up; anything
-// else, such as a sign in front of one digit, is left to the number reader.
+// else is left to the number reader. Kept for compatibility: a sign in front of one digit
+// ("=+F") reads as that digit.
 inline bool ReadEscape(const char* s, Byte& byte) {
   const Byte high = kHex.value[static_cast<Byte>(s[0])];
   const Byte low = kHex.value[static_cast<Byte>(s[1])];
