@@ -107,10 +107,21 @@ bool Base64Decode(const void* data, unsigned int length, std::string& out) {
   if (length == 0) return true;
   const Byte* s = static_cast<const Byte*>(data);
   const Byte* const end = s + length;
-  // Room for every group and a partial last one.
-  out.resize(std::size_t{length} / 4 * 3 + 3);
+  // Room for every group and a partial last one, and for the two bytes that an 8-byte store
+  // writes beyond two groups.
+  out.resize(std::size_t{length} / 4 * 3 + 5);
   Byte* const begin = reinterpret_cast<Byte*>(&out[0]);
   Byte* d = begin;
+  while (end - s >= 8) {
+    const std::uint32_t first = Group(s);
+    const std::uint32_t second = Group(s + 4);
+    if ((first | second) & kOutside) break;
+    const std::uint64_t bytes =
+        __builtin_bswap64(std::uint64_t{first} << 40 | std::uint64_t{second} << 16);
+    std::memcpy(d, &bytes, 8);
+    s += 8;
+    d += 6;
+  }
   while (end - s >= 4) {
     const std::uint32_t bits = Group(s);
     if (bits & kOutside) break;
