@@ -231,8 +231,10 @@ constexpr bool PagesAscend() {
 }
 static_assert(PagesAscend(), "the page list must ascend by number, for the binary search");
 
-// Single bytes where Windows maps otherwise than the converter (or where the converter
-// refuses a byte that Windows maps).
+// Single bytes where Windows maps otherwise than the converter, or where the converter refuses
+// a byte that Windows maps: Microsoft's tables for the DOS pages (µ, not μ, at E6), the
+// private-use units that Windows gives the unassigned bytes of 932, 1253, 1255 and 1257, and
+// the holam haser that 1255 gained at CA.
 struct Correction {
   UINT codePage;
   Byte byte;
