@@ -10,6 +10,7 @@ int main() {
   Tour::ShowMemory();
   Tour::ShowEvents();
   Tour::ShowText();
+  Tour::ShowCharsets();
   Tour::ShowTime();
   Tour::ShowTimers();
   Tour::ShowNumerics();

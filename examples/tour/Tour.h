@@ -12,6 +12,7 @@ void ShowFrame();
 void ShowMemory();
 void ShowEvents();
 void ShowText();
+void ShowCharsets();
 void ShowTime();
 void ShowTimers();
 void ShowNumerics();
