@@ -11,6 +11,7 @@ int main() {
   Tour::ShowText();
   Tour::ShowTime();
   Tour::ShowNumerics();
+  Tour::ShowInternet();
   Tessera::Shutdown();
   return 0;
 }

@@ -13,6 +13,7 @@ void ShowMemory();
 void ShowText();
 void ShowTime();
 void ShowNumerics();
+void ShowInternet();
 
 }  // namespace Tour
 

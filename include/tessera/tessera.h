@@ -9,6 +9,10 @@
 #include <tessera/frame/Errors.h>
 #include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
+#include <tessera/internet/Mime.h>
+#include <tessera/internet/Properties.h>
+#include <tessera/internet/Uri.h>
+#include <tessera/internet/UriText.h>
 #include <tessera/memory/BitReader.h>
 #include <tessera/memory/BitWriter.h>
 #include <tessera/memory/Buffer.h>

@@ -35,6 +35,7 @@ class Writer {
  public:
   explicit Writer(char* out) : out_(out) {}
   void Raw(std::string_view text) {
+    if (text.empty()) return;
     std::memcpy(out_, text.data(), text.size());
     out_ += text.size();
   }

@@ -88,6 +88,8 @@ inline int EscapeValue(char high, char low) {
 
 // The decoded size, or false at the first bad escape.
 inline bool DecodedSize(std::string_view text, std::size_t& size) {
+  size = 0;
+  if (text.empty()) return true;  // memchr must not see the null of an empty view
   std::size_t escapes = 0;
   const char* p = text.data();
   const char* const end = p + text.size();
@@ -103,6 +105,7 @@ inline bool DecodedSize(std::string_view text, std::size_t& size) {
 
 // Precondition: DecodedSize accepted the text.
 inline char* DecodeTo(std::string_view text, char* out) {
+  if (text.empty()) return out;
   const char* p = text.data();
   const char* const end = p + text.size();
   for (;;) {
