@@ -13,22 +13,18 @@ long allocations = 0;
 long budget = -1;  // -1: no limit
 
 void* CountedAllocate(std::size_t size) {
-  if (budget == 0) throw std::bad_alloc();
-  if (budget > 0) --budget;
-  ++allocations;
-  void* p = std::malloc(size != 0 ? size : 1);
+  void* p = budget != 0 ? std::malloc(size != 0 ? size : 1) : nullptr;
   if (p == nullptr) throw std::bad_alloc();
+  budget -= budget > 0;
+  ++allocations;
   return p;
 }
 
 }  // namespace
 
 void* operator new(std::size_t size) { return CountedAllocate(size); }
-void* operator new[](std::size_t size) { return CountedAllocate(size); }
 void operator delete(void* p) noexcept { std::free(p); }
-void operator delete[](void* p) noexcept { std::free(p); }
 void operator delete(void* p, std::size_t) noexcept { std::free(p); }
-void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 namespace Tessera {
 namespace {
@@ -39,9 +35,7 @@ std::string Entries(const Properties& p) {
   std::string text;
   for (unsigned int i = 0; i < p.GetCount(); ++i) {
     unsigned int position = 999;
-    const std::string* value = p.Find(p.GetKey(i), position);
-    EXPECT_EQ(value, &p.GetValue(i)) << p.GetKey(i);
-    EXPECT_EQ(position, i) << p.GetKey(i);
+    EXPECT_TRUE(p.Find(p.GetKey(i), position) == &p.GetValue(i) && position == i) << p.GetKey(i);
     text += (i != 0 ? "," : "") + p.GetKey(i) + "=" + p.GetValue(i);
   }
   EXPECT_EQ(p.Empty(), p.GetCount() == 0);
@@ -55,19 +49,18 @@ Properties Make(bool caseless, std::initializer_list<const char*> keys) {
 }
 
 TEST(Properties, NeverSetObjectAllocatesNothingAndFindsNothing) {
+  Properties assigned = Make(false, {"x"});
   const long before = allocations;
   Properties p(true);
   unsigned int position = 7;
   std::string value = "kept";
-  EXPECT_EQ(p.Find("a", position), nullptr);
-  EXPECT_FALSE(p.Get("a", value) || p.Has("") || p.Access("a") != nullptr);
-  EXPECT_EQ(position, 7u);
-  EXPECT_EQ(value, "kept");
+  EXPECT_FALSE(p.Find("a", position) || p.Get("a", value) || p.Has("") || p.Access("a"));
+  EXPECT_EQ(std::to_string(position) + value, "7kept");
   p.Remove(0u);
   p.Remove("a");
   p.Clear();
-  Properties copy(p), assigned;
-  assigned = p;
+  Properties copy(p);
+  assigned = p;  // releases the body
   EXPECT_EQ(allocations, before);
   EXPECT_TRUE(copy.IsCaseless() && assigned.IsCaseless());
   EXPECT_EQ(Entries(assigned), "");
@@ -75,24 +68,16 @@ TEST(Properties, NeverSetObjectAllocatesNothingAndFindsNothing) {
 
 TEST(Properties, SetKeepsTheFirstKeyTextAndPosition) {
   Properties exact, caseless(true);
-  for (Properties* p : {&exact, &caseless}) {
-    EXPECT_EQ(p->Set("Key", "1"), 0u);
-    EXPECT_EQ(p->Set("x", ""), 1u);
-    EXPECT_EQ(p->Set("KEY", "2"), p == &exact ? 2u : 0u);
-    EXPECT_EQ(p->Set("", ""), p == &exact ? 3u : 2u);
-  }
-  EXPECT_EQ(Entries(exact), "Key=1,x=,KEY=2,=");
-  EXPECT_EQ(Entries(caseless), "Key=2,x=,=");
-  EXPECT_TRUE(caseless.Has("kEy") && !exact.Has("kEy") && exact.Has(""));
-  ASSERT_NE(caseless.Get("x"), nullptr);
-  EXPECT_EQ(*caseless.Get("x"), "");
-
-  *caseless.Access("KEY") += "!";
-  caseless.AccessValue(1) = "y";
+  for (Properties* p : {&exact, &caseless})
+    for (const char* key : {"Key", "x", "KEY", ""}) p->Set(key, std::to_string(p->Set(key, "") + 10));
+  EXPECT_EQ(Entries(exact), "Key=10,x=11,KEY=12,=13");
+  EXPECT_EQ(Entries(caseless), "Key=10,x=11,=12");
+  caseless.Set("kEY", "");
+  *caseless.Access("x") += "!";
+  caseless.AccessValue(2) = "y";
   std::string value;
-  EXPECT_TRUE(caseless.Get("key", value));
-  EXPECT_EQ(value, "2!");
-  EXPECT_EQ(Entries(caseless), "Key=2!,x=y,=");
+  EXPECT_TRUE(caseless.Get("X", value) && caseless.Has("key") && !exact.Has("kEy"));
+  EXPECT_EQ(value + Entries(caseless), "11!Key=,x=11!,=y");
 }
 
 TEST(Properties, RemovalMovesOnlyTheLastEntry) {
@@ -103,11 +88,9 @@ TEST(Properties, RemovalMovesOnlyTheLastEntry) {
   EXPECT_EQ(p.Get("d"), valueOfD);  // the entry moved, not its text
   p.Remove(3u);
   p.Remove("zz");
-  EXPECT_EQ(Entries(p), "a=av,d=dv,c=cv");
-  p.Remove(2u);  // the last one: nothing moves
+  p.Remove(2u);
   EXPECT_EQ(Entries(p), "a=av,d=dv");
   p.Remove("a");
-  EXPECT_EQ(Entries(p), "d=dv");
   p.Remove(0u);
   EXPECT_EQ(Entries(p), "");
   EXPECT_EQ(p.Set("e", "1"), 0u);
@@ -118,25 +101,13 @@ TEST(Properties, CopiesAssignmentsAndSwapsKeepTheirOwnComparison) {
   Properties copy(source);
   copy.Set("a", "changed");
   source.Set("c", "new");
-  EXPECT_EQ(Entries(copy), "A=changed,b=bv");
-  EXPECT_EQ(Entries(source), "A=Av,b=bv,c=new");
-
   Properties& self = source;
   source = self;
-  EXPECT_EQ(Entries(source), "A=Av,b=bv,c=new");
-
-  Properties exact = Make(false, {"x"});
-  exact = Properties(true);
-  EXPECT_TRUE(exact.IsCaseless());
-  const long before = allocations;
-  EXPECT_EQ(Entries(exact), "");
-  EXPECT_EQ(allocations, before);
+  EXPECT_EQ(Entries(copy) + " " + Entries(source), "A=changed,b=bv A=Av,b=bv,c=new");
 
   Properties other = Make(false, {"K"});
   other.Swap(source);
   EXPECT_TRUE(other.Has("a") && !source.Has("k") && source.Has("K"));
-  EXPECT_TRUE(other.IsCaseless() && !source.IsCaseless());
-
   other.Clear();
   other.Set("Q", "1");
   other.Set("q", "2");
@@ -147,39 +118,34 @@ TEST(Properties, CopiesAssignmentsAndSwapsKeepTheirOwnComparison) {
 template <class Operation>
 bool Refused(long allowed, Operation operation) {
   budget = allowed;
+  bool refused = false;
   try {
     operation();
   } catch (const std::bad_alloc&) {
-    budget = -1;
-    return true;
+    refused = true;
   }
   budget = -1;
-  return false;
+  return refused;
 }
 
 TEST(Properties, RefusedAllocationLeavesTheObjectAsItWas) {
   const std::string longKey(30, 'k'), longValue(40, 'v');
   int refusals = 0;
   for (long allowed = 0; allowed < 8; ++allowed) {
-    Properties p = Make(false, {"k1", "k2"});
-    p.Set(longKey, longValue);
+    Properties p = Make(false, {"k1", "k2"}), target = Make(true, {"t"});
     const std::string before = Entries(p);
-
-    const bool setRefused = Refused(allowed, [&] { p.Set(longKey + "2", longValue); });
-    EXPECT_EQ(Entries(p), setRefused ? before : before + "," + longKey + "2=" + longValue);
-    p.Remove(longKey + "2");
+    const bool setRefused = Refused(allowed, [&] { p.Set(longKey, longValue); });
+    EXPECT_EQ(Entries(p), setRefused ? before : before + "," + longKey + "=" + longValue);
+    p.Remove(longKey);
     const bool replaceRefused = Refused(allowed, [&] { p.Set("k2", longValue); });
     EXPECT_EQ(*p.Get("k2"), replaceRefused ? "k2v" : longValue);
     p.Set("k2", "k2v");
-
-    Properties target = Make(true, {"t"});
     const bool assignRefused = Refused(allowed, [&] { target = p; });
-    EXPECT_EQ(Entries(target), assignRefused ? "t=tv" : before);
-    EXPECT_EQ(target.IsCaseless(), assignRefused);
+    EXPECT_EQ(Entries(target) + std::to_string(target.IsCaseless()), assignRefused ? "t=tv1" : before + "0");
     Refused(allowed, [&] { Properties copy(p); });  // a partial copy leaks nothing (ASan)
     refusals += setRefused + replaceRefused + assignRefused;
   }
-  EXPECT_GE(refusals, 10);  // every step of each operation was refused once
+  EXPECT_GE(refusals, 8);  // each step of each operation was refused once
 }
 
 }  // namespace
