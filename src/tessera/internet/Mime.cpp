@@ -13,6 +13,68 @@ unsigned int Measure(const char* text, unsigned int length) {
 
 constexpr char kValueDelimiters[] = "; \t";
 
+bool IsSlash(char c) { return c == '/'; }
+bool IsEquals(char c) { return c == '='; }
+bool IsValueDelimiter(char c) { return c == ';' || c == ' ' || c == '\t'; }
+
+template <class Class>
+unsigned int SkipWhile(const char* text, unsigned int length, unsigned int at, Class in) {
+  while (at != length && in(text[at])) ++at;
+  return at;
+}
+
+template <class Class>
+unsigned int SkipUntil(const char* text, unsigned int length, unsigned int at, Class in) {
+  while (at != length && !in(text[at])) ++at;
+  return at;
+}
+
+// The parameter reader as a tokenizer in DelimitModeAnyOf would step through it, scanning the
+// text directly: driving the tokenizer character by character took half the time of a media
+// type. Reads from `at` into `read`; gives the final position and sets `delimiter` to the
+// tokenizer's final delimiter setting.
+unsigned int ReadParameters(const char* text, unsigned int length, unsigned int at,
+                            Properties& read, const char*& delimiter) {
+  std::string name, value;
+  for (;;) {
+    delimiter = "=";
+    unsigned int noted = at;
+    at = SkipWhile(text, length, at, IsEquals);
+    if (at == length) return noted;
+    const unsigned int nameStart = at;
+    at = SkipUntil(text, length, at, IsEquals);
+    name.assign(text + nameStart, at - nameStart);
+    at = SkipWhile(text, length, at, IsEquals);
+    if (at == length) return at;
+
+    if (text[at] == '"') {
+      value.clear();
+      unsigned int scan = at + 1;
+      for (;;) {
+        const unsigned int run = scan;
+        while (scan != length && text[scan] != '"' && text[scan] != '\\') ++scan;
+        value.append(text + run, scan - run);
+        if (scan == length) return at;
+        if (text[scan] == '"') break;
+        if (++scan == length) return at;  // a backslash at the end
+        value += text[scan++];
+      }
+      at = scan + 1;
+      delimiter = kValueDelimiters;
+    } else {
+      delimiter = kValueDelimiters;
+      noted = at;
+      at = SkipWhile(text, length, at, IsValueDelimiter);
+      if (at == length) return noted;
+      const unsigned int valueStart = at;
+      at = SkipUntil(text, length, at, IsValueDelimiter);
+      value.assign(text + valueStart, at - valueStart);
+    }
+    read.Set(name, value);
+    at = SkipWhile(text, length, at, IsValueDelimiter);
+  }
+}
+
 }  // namespace
 
 bool IsMimeTSpecial(char c) { return c != '\0' && std::strchr("()<>@,;:\\\"/[]?=", c) != nullptr; }
@@ -70,71 +132,39 @@ bool MimeParseParamName(BasicStringTokenizer<char>& tokenizer, std::string& name
 
 bool MimeParseProperties(BasicStringTokenizer<char>& tokenizer, Properties& properties) {
   Properties read;
-  std::string name, value;
-  const char* const text = tokenizer.GetTextStart();
-  for (;;) {
-    tokenizer.SetDelimiter("=");
-    unsigned int noted = tokenizer.GetPosition();
-    tokenizer.SkipDelimiters();
-    if (tokenizer.IsDone()) {
-      tokenizer.SetPosition(noted);
-      break;
-    }
-    const char* token;
-    unsigned int tokenLength;
-    tokenizer.Next(token, tokenLength);
-    name.assign(token, tokenLength);
-    tokenizer.SkipDelimiters();
-    if (tokenizer.IsDone()) break;
-
-    const unsigned int length = tokenizer.GetTextLength();
-    unsigned int at = tokenizer.GetPosition();
-    if (text[at] == '"') {
-      value.clear();
-      bool closed = false;
-      for (++at; at < length; ++at) {
-        if (text[at] == '"') {
-          closed = true;
-          break;
-        }
-        if (text[at] == '\\' && ++at == length) break;
-        value += text[at];
-      }
-      if (!closed) break;
-      tokenizer.SetPosition(at + 1);
-      tokenizer.SetDelimiter(kValueDelimiters);
-    } else {
-      tokenizer.SetDelimiter(kValueDelimiters);
-      noted = tokenizer.GetPosition();
-      tokenizer.SkipDelimiters();
-      if (tokenizer.IsDone()) {
-        tokenizer.SetPosition(noted);
-        break;
-      }
-      tokenizer.Next(token, tokenLength);
-      value.assign(token, tokenLength);
-    }
-    read.Set(name, value);
-    if (!tokenizer.IsDone()) tokenizer.SkipDelimiters();
-  }
+  const char* delimiter;
+  const unsigned int position = ReadParameters(tokenizer.GetTextStart(), tokenizer.GetTextLength(),
+                                               tokenizer.GetPosition(), read, delimiter);
+  tokenizer.SetDelimiter(delimiter);
+  tokenizer.SetPosition(position);
   properties.Swap(read);
   return true;
 }
 
 bool MimeParseMediaType(const char* text, unsigned int length, std::string& type,
                         std::string& subtype, Properties& properties) {
-  BasicStringTokenizer<char> tokenizer(text, Measure(text, length), "", DelimitModeAnyOf);
-  const char* token;
-  unsigned int tokenLength;
-  if (!tokenizer.Next(token, tokenLength, "/")) return false;
-  std::string readType(token, tokenLength);
-  tokenizer.SkipDelimiters();
-  if (!tokenizer.Next(token, tokenLength, " \t;")) return false;
-  std::string readSubtype(token, tokenLength);
-  tokenizer.SkipDelimiters();
-  MimeParseProperties(tokenizer, properties);
-  type.swap(readType);
-  subtype.swap(readSubtype);
+  length = Measure(text, length);
+  unsigned int at = SkipWhile(text, length, 0, IsSlash);
+  if (at == length) return false;
+  const unsigned int typeStart = at;
+  at = SkipUntil(text, length, at, IsSlash);
+  const unsigned int typeEnd = at;
+  at = SkipWhile(text, length, at, IsSlash);
+  at = SkipWhile(text, length, at, IsValueDelimiter);
+  if (at == length) return false;
+  const unsigned int subtypeStart = at;
+  at = SkipUntil(text, length, at, IsValueDelimiter);
+  const unsigned int subtypeEnd = at;
+  at = SkipWhile(text, length, at, IsValueDelimiter);
+
+  Properties read;
+  const char* delimiter;
+  ReadParameters(text, length, at, read, delimiter);
+  type.reserve(typeEnd - typeStart);  // no change to any output can fail after these
+  subtype.reserve(subtypeEnd - subtypeStart);
+  properties.Swap(read);
+  type.assign(text + typeStart, typeEnd - typeStart);
+  subtype.assign(text + subtypeStart, subtypeEnd - subtypeStart);
   return true;
 }
 
