@@ -19,6 +19,9 @@
 namespace Tessera {
 
 class PropertiesBody;
+namespace detail {
+struct PropertiesAccess;
+}
 
 class TESSERA_API Properties {
  public:
@@ -73,6 +76,8 @@ class TESSERA_API Properties {
   void Swap(Properties& other) noexcept;
 
  private:
+  friend struct detail::PropertiesAccess;
+
   PropertiesBody* body_;
   bool caseless_;
 };

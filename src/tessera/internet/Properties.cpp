@@ -1,37 +1,41 @@
 #include <tessera/internet/Properties.h>
 
 #include <cassert>
-#include <map>
 #include <memory>
+#include <string_view>
 #include <utility>
-#include <vector>
+
+#include <boost/container/small_vector.hpp>
+#include <boost/intrusive/set.hpp>
 
 #include <tessera/text/TextCompare.h>
 
+#include "tessera/internet/PropertiesAccess.h"
+
 namespace Tessera {
 
-struct PropertiesEntry {
-  PropertiesEntry(const std::string& k, const std::string& v) : key(k), value(v) {}
+// The entry is also the node of the lookup tree, so that a key costs one heap block, and the
+// tree refers to the key inside it.
+struct PropertiesEntry : boost::intrusive::set_base_hook<boost::intrusive::optimize_size<true>> {
+  PropertiesEntry(std::string_view k, std::string_view v) : key(k), value(v) {}
   std::string key;
   std::string value;
+  unsigned int position = 0;
 };
 
 namespace {
 
-// Orders references to keys, and compares them with plain strings without copying.
+// Orders entries by key, and compares them with plain strings without copying.
 class KeyLess {
  public:
-  using is_transparent = void;
-
   explicit KeyLess(bool caseless) : caseless_(caseless) {}
-  bool Caseless() const { return caseless_; }
 
-  bool operator()(const std::string* a, const std::string* b) const { return Less(*a, *b); }
-  bool operator()(const std::string* a, const std::string& b) const { return Less(*a, b); }
-  bool operator()(const std::string& a, const std::string* b) const { return Less(a, *b); }
+  bool operator()(const PropertiesEntry& a, const PropertiesEntry& b) const { return Less(a.key, b.key); }
+  bool operator()(const PropertiesEntry& a, std::string_view b) const { return Less(a.key, b); }
+  bool operator()(std::string_view a, const PropertiesEntry& b) const { return Less(a, b.key); }
 
  private:
-  bool Less(const std::string& a, const std::string& b) const {
+  bool Less(std::string_view a, std::string_view b) const {
     const auto lengthA = static_cast<unsigned int>(a.size());
     const auto lengthB = static_cast<unsigned int>(b.size());
     return (caseless_ ? TextCompareCaseless(a.data(), lengthA, b.data(), lengthB)
@@ -45,7 +49,7 @@ class KeyLess {
 
 class PropertiesBody {
  public:
-  using Lookup = std::map<const std::string*, unsigned int, KeyLess>;
+  using Lookup = boost::intrusive::set<PropertiesEntry, boost::intrusive::compare<KeyLess>>;
 
   explicit PropertiesBody(bool caseless) : lookup(KeyLess(caseless)) {}
 
@@ -63,30 +67,29 @@ class PropertiesBody {
 
   ~PropertiesBody() { ReleaseAll(); }
 
-  unsigned int Append(const std::string& key, const std::string& value) {
-    auto entry = std::make_unique<PropertiesEntry>(key, value);
-    const auto position = static_cast<unsigned int>(entries.size());
-    entries.push_back(entry.get());
-    try {
-      lookup.emplace(&entry->key, position);
-    } catch (...) {
-      entries.pop_back();
-      throw;
-    }
-    entry.release();
-    return position;
+  PropertiesEntry* Find(std::string_view key) {
+    const auto found = lookup.find(key, lookup.key_comp());
+    return found != lookup.end() ? &*found : nullptr;
   }
 
-  void RemoveAt(Lookup::iterator removed) {
-    const unsigned int position = removed->second;
-    const auto last = static_cast<unsigned int>(entries.size() - 1);
-    if (position != last) {
-      const auto moved = lookup.find(&entries[last]->key);
-      std::swap(removed->second, moved->second);
-      std::swap(entries[position], entries[last]);
+  // Linking into the tree allocates nothing and cannot fail, so only the first two steps can.
+  unsigned int Append(std::string_view key, std::string_view value) {
+    auto entry = std::make_unique<PropertiesEntry>(key, value);
+    entry->position = static_cast<unsigned int>(entries.size());
+    entries.push_back(entry.get());
+    lookup.insert(*entry.release());
+    return entries.back()->position;
+  }
+
+  void Remove(PropertiesEntry* removed) {
+    const unsigned int position = removed->position;
+    PropertiesEntry* const last = entries.back();
+    if (last != removed) {
+      last->position = position;
+      entries[position] = last;
     }
-    lookup.erase(removed);
-    delete entries.back();
+    lookup.erase(lookup.iterator_to(*removed));
+    delete removed;
     entries.pop_back();
   }
 
@@ -96,7 +99,8 @@ class PropertiesBody {
     entries.clear();
   }
 
-  std::vector<PropertiesEntry*> entries;
+  // Parameter lists and queries are short: their positions live in the body itself.
+  boost::container::small_vector<PropertiesEntry*, 4> entries;
   Lookup lookup;
 };
 
@@ -116,19 +120,24 @@ Properties& Properties::operator=(const Properties& other) {
 Properties::~Properties() { delete body_; }
 
 unsigned int Properties::Set(const std::string& key, const std::string& value) {
-  if (body_ == nullptr) body_ = new PropertiesBody(caseless_);
-  const auto found = body_->lookup.find(key);
-  if (found == body_->lookup.end()) return body_->Append(key, value);
-  body_->entries[found->second]->value = value;
-  return found->second;
+  return detail::PropertiesAccess::Set(*this, key, value);
+}
+
+unsigned int detail::PropertiesAccess::Set(Properties& properties, std::string_view key,
+                                           std::string_view value) {
+  PropertiesBody*& body = properties.body_;
+  if (body == nullptr) body = new PropertiesBody(properties.caseless_);
+  PropertiesEntry* const found = body->Find(key);
+  if (found == nullptr) return body->Append(key, value);
+  found->value.assign(value.data(), value.size());
+  return found->position;
 }
 
 const std::string* Properties::Find(const std::string& key, unsigned int& position) const {
-  if (body_ == nullptr) return nullptr;
-  const auto found = body_->lookup.find(key);
-  if (found == body_->lookup.end()) return nullptr;
-  position = found->second;
-  return &body_->entries[found->second]->value;
+  PropertiesEntry* const found = body_ != nullptr ? body_->Find(key) : nullptr;
+  if (found == nullptr) return nullptr;
+  position = found->position;
+  return &found->value;
 }
 
 const std::string* Properties::Get(const std::string& key) const {
@@ -167,14 +176,12 @@ std::string& Properties::AccessValue(unsigned int position) {
 }
 
 void Properties::Remove(unsigned int position) {
-  if (position >= GetCount()) return;
-  body_->RemoveAt(body_->lookup.find(&body_->entries[position]->key));
+  if (position < GetCount()) body_->Remove(body_->entries[position]);
 }
 
 void Properties::Remove(const std::string& key) {
-  if (body_ == nullptr) return;
-  const auto found = body_->lookup.find(key);
-  if (found != body_->lookup.end()) body_->RemoveAt(found);
+  PropertiesEntry* const found = body_ != nullptr ? body_->Find(key) : nullptr;
+  if (found != nullptr) body_->Remove(found);
 }
 
 void Properties::Clear() {

@@ -31,9 +31,22 @@ class Measure {
   std::size_t size_ = 0;
 };
 
+// Three bytes at most for each byte of an encoded component.
+class Bound {
+ public:
+  void Raw(std::string_view text) { size_ += text.size(); }
+  void Char(char) { ++size_; }
+  void Encoded(std::string_view text, const CodingSet&) { size_ += 3 * text.size(); }
+  std::size_t Size() const { return size_; }
+
+ private:
+  std::size_t size_ = 0;
+};
+
 class Writer {
  public:
   explicit Writer(char* out) : out_(out) {}
+  char* End() const { return out_; }
   void Raw(std::string_view text) {
     if (text.empty()) return;
     std::memcpy(out_, text.data(), text.size());
@@ -47,6 +60,10 @@ class Writer {
  private:
   char* out_;
 };
+
+void Reserve(std::string& target, std::size_t size) {
+  if (target.capacity() < size) target.reserve(size);
+}
 
 // Makes room for `size` bytes first, so that the writes that follow cannot fail.
 void Store(std::string& target, std::string_view raw, std::size_t size, bool decode) {
@@ -117,8 +134,7 @@ bool Uri::Parse(const char* text, unsigned int length) {
 bool Uri::ParseView(std::string_view text) {
   detail::UriParts parts;
   if (!detail::SplitUri(text, parts)) return false;
-  if (!UriIsSchemeValid(parts.scheme.data(), static_cast<unsigned int>(parts.scheme.size())))
-    return false;
+  if (!detail::IsScheme(parts.scheme)) return false;
   std::string_view userInfo, host, portText;
   if (!parts.authority.empty() && !detail::SplitAuthority(parts.authority, userInfo, host, portText))
     return false;
@@ -137,12 +153,12 @@ bool Uri::ParseView(std::string_view text) {
       !detail::DecodedSize(parts.fragment, fragmentSize))
     return false;
 
-  scheme_.reserve(parts.scheme.size());
-  userInfo_.reserve(userInfoSize);
-  host_.reserve(hostSize);
-  path_.reserve(pathSize);
-  query_.reserve(querySize);
-  fragment_.reserve(fragmentSize);
+  Reserve(scheme_, parts.scheme.size());
+  Reserve(userInfo_, userInfoSize);
+  Reserve(host_, hostSize);
+  Reserve(path_, pathSize);
+  Reserve(query_, querySize);
+  Reserve(fragment_, fragmentSize);
 
   Store(scheme_, parts.scheme, parts.scheme.size(), false);
   Store(userInfo_, userInfo, userInfoSize, true);
@@ -200,12 +216,21 @@ void Uri::Emit(Out& out, bool absolute, const std::string& port) const {
 bool Uri::Write(std::string& text, bool absolute) const {
   std::string port;
   if (absolute && HasPort()) TextFormatNumber(port_, port);
-  Measure measure;
-  Emit(measure, absolute, port);
-  detail::Deliver(std::string_view(), measure.Size(), text, [&](char* out) {
-    Writer writer(out);
-    Emit(writer, absolute, port);
-  });
+  // Writing into the bound and cutting back beats measuring first, up to a size where the
+  // spare room would cost more than the second pass.
+  Bound bound;
+  Emit(bound, absolute, port);
+  std::size_t size = bound.Size();
+  if (size > 4096) {
+    Measure measure;
+    Emit(measure, absolute, port);
+    size = measure.Size();
+  }
+  if (text.capacity() < size) text.reserve(size);  // the one step that can fail, before any change
+  text.resize(size);
+  Writer writer(&text[0]);
+  Emit(writer, absolute, port);
+  text.resize(static_cast<std::size_t>(writer.End() - text.data()));
   return true;
 }
 

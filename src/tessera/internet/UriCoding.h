@@ -71,53 +71,91 @@ inline char* EncodeTo(std::string_view text, const CodingSet& set, char* out) {
   return out;
 }
 
+// Hex digit values, 16 for any other byte.
+struct HexTable {
+  unsigned char value[256];
+};
+constexpr HexTable MakeHexTable() {
+  HexTable table{};
+  for (int c = 0; c < 256; ++c)
+    table.value[c] = c >= '0' && c <= '9'   ? static_cast<unsigned char>(c - '0')
+                     : c >= 'a' && c <= 'f' ? static_cast<unsigned char>(c - 'a' + 10)
+                     : c >= 'A' && c <= 'F' ? static_cast<unsigned char>(c - 'A' + 10)
+                                            : 16;
+  return table;
+}
+inline constexpr HexTable kHexTable = MakeHexTable();
+
 // The value of an escape's two bytes as TextNumeric reads them in base 16, or -1.
 inline int EscapeValue(char high, char low) {
-  auto digit = [](char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-  };
-  const int l = digit(low);
-  if (l < 0) return -1;
-  if (high == '+') return l;
-  const int h = digit(high);
-  return h < 0 ? -1 : h * 16 + l;
+  const int l = kHexTable.value[static_cast<unsigned char>(low)];
+  const int h = high == '+' ? 0 : kHexTable.value[static_cast<unsigned char>(high)];
+  return (h | l) < 16 ? h * 16 + l : -1;
 }
 
-// The decoded size, or false at the first bad escape.
+// Where the first escape stands, or the end: most components have none.
+inline std::size_t FirstEscape(std::string_view text) {
+  const void* found = text.empty() ? nullptr : std::memchr(text.data(), '%', text.size());
+  return found != nullptr ? static_cast<std::size_t>(static_cast<const char*>(found) - text.data())
+                          : text.size();
+}
+
+// The decoded size, or false at the first bad escape. Behind the first escape a plain loop:
+// where escapes are dense, a memchr per escape cost more than it saved.
 inline bool DecodedSize(std::string_view text, std::size_t& size) {
-  size = 0;
-  if (text.empty()) return true;  // memchr must not see the null of an empty view
   std::size_t escapes = 0;
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  while ((p = static_cast<const char*>(std::memchr(p, '%', static_cast<std::size_t>(end - p)))) !=
-         nullptr) {
-    if (end - p < 3 || EscapeValue(p[1], p[2]) < 0) return false;
+  const std::size_t length = text.size();
+  for (std::size_t i = FirstEscape(text); i < length; ++i) {
+    if (text[i] != '%') continue;
+    if (length - i < 3 || EscapeValue(text[i + 1], text[i + 2]) < 0) return false;
     ++escapes;
-    p += 3;
+    i += 2;
   }
-  size = text.size() - 2 * escapes;
+  size = length - 2 * escapes;
   return true;
 }
 
 // Precondition: DecodedSize accepted the text.
 inline char* DecodeTo(std::string_view text, char* out) {
-  if (text.empty()) return out;
-  const char* p = text.data();
-  const char* const end = p + text.size();
-  for (;;) {
-    const char* escape =
-        static_cast<const char*>(std::memchr(p, '%', static_cast<std::size_t>(end - p)));
-    const char* const runEnd = escape != nullptr ? escape : end;
-    std::memcpy(out, p, static_cast<std::size_t>(runEnd - p));
-    out += runEnd - p;
-    if (escape == nullptr) return out;
-    *out++ = static_cast<char>(EscapeValue(escape[1], escape[2]));
-    p = escape + 3;
+  const std::size_t length = text.size();
+  const std::size_t first = FirstEscape(text);
+  if (first != 0) std::memcpy(out, text.data(), first);
+  out += first;
+  for (std::size_t i = first; i < length; ++i) {
+    if (text[i] != '%') {
+      *out++ = text[i];
+    } else {
+      *out++ = static_cast<char>(EscapeValue(text[i + 1], text[i + 2]));
+      i += 2;
+    }
   }
+  return out;
+}
+
+// Scheme characters: 1 for the first place and later ones, 2 for later ones only.
+struct SchemeTable {
+  unsigned char kind[256];
+};
+constexpr SchemeTable MakeSchemeTable() {
+  SchemeTable table{};
+  for (int c = 0; c < 256; ++c) {
+    if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) table.kind[c] = 1;
+    if ((c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.') table.kind[c] = 2;
+  }
+  return table;
+}
+inline constexpr SchemeTable kSchemeTable = MakeSchemeTable();
+
+inline bool IsSchemeChar(char c, bool first) {
+  const unsigned char kind = kSchemeTable.kind[static_cast<unsigned char>(c)];
+  return kind == 1 || (kind == 2 && !first);
+}
+
+inline bool IsScheme(std::string_view text) {
+  if (text.empty() || !IsSchemeChar(text[0], true)) return false;
+  for (std::size_t i = 1; i < text.size(); ++i)
+    if (!IsSchemeChar(text[i], false)) return false;
+  return true;
 }
 
 inline bool IsIpLiteral(std::string_view host) {

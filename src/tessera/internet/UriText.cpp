@@ -19,17 +19,10 @@ bool UriIsCharUnreserved(char c) {
   return detail::kUnreservedSet.action[static_cast<unsigned char>(c)] == detail::kCopy;
 }
 
-bool UriIsSchemeChar(char c, bool first) {
-  if ((c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z')) return true;
-  return !first && ((c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.');
-}
+bool UriIsSchemeChar(char c, bool first) { return detail::IsSchemeChar(c, first); }
 
 bool UriIsSchemeValid(const char* text, unsigned int length) {
-  const std::string_view scheme = View(text, length);
-  if (scheme.empty() || !UriIsSchemeChar(scheme[0], true)) return false;
-  for (std::size_t i = 1; i < scheme.size(); ++i)
-    if (!UriIsSchemeChar(scheme[i], false)) return false;
-  return true;
+  return detail::IsScheme(View(text, length));
 }
 
 bool UriIsHostIpLiteral(const char* text, unsigned int length) {
