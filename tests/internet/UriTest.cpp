@@ -52,21 +52,11 @@ TEST(UriText, CharacterClassesAndSchemes) {
 
 TEST(UriText, SplittingStopsAtTheFirstDelimiterOfEachPart) {
   const Table cases = {
-      {"x", "false --"},
-      {"//h/a:b", "//h/a||b|| ||"},
-      {"s://a@b@h:1/p?q#f?g#h", "s|a@b@h:1|/p|q|f?g#h a@b|h|1"},
-      {"s:p?a?b", "s||p|a?b| ||"},
-      {"s:#f?x", "s||||f?x ||"},
-      {"s:p?", "s||p|| ||"},
-      {"s:///p", "s||/p|| ||"},
-      {"s://", "s|||| ||"},
-      {"s:a@b/c", "s||a@b/c|| ||"},
-      {"s://[::1]:80", "s|[::1]:80||| |[::1]|80"},
-      {"s://u@[::1]", "s|u@[::1]||| u|[::1]|"},
-      {"s://[::1", "s|[::1||| false -"},
-      {"s://[::1]x", "s|[::1]x||| false -"},
-      {"s://u@", "s|u@||| u||"},
-      {"s://x[a]:1:2", "s|x[a]:1:2||| |x[a]|1:2"},
+      {"x", "false --"}, {"//h/a:b", "//h/a||b|| ||"}, {"s://a@b@h:1/p?q#f?g#h", "s|a@b@h:1|/p|q|f?g#h a@b|h|1"},
+      {"s:p?a?b", "s||p|a?b| ||"}, {"s:#f?x", "s||||f?x ||"}, {"s:p?", "s||p|| ||"}, {"s:///p", "s||/p|| ||"},
+      {"s://", "s|||| ||"}, {"s:a@b/c", "s||a@b/c|| ||"}, {"s://[::1]:80", "s|[::1]:80||| |[::1]|80"},
+      {"s://u@[::1]", "s|u@[::1]||| u|[::1]|"}, {"s://[::1", "s|[::1||| false -"}, {"s://u@", "s|u@||| u||"},
+      {"s://[::1]x", "s|[::1]x||| false -"}, {"s://x[a]:1:2", "s|x[a]:1:2||| |x[a]|1:2"},
       {std::string("s:a\0b", 5), std::string("s||a\0b|| ||", 11)},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(Decomposed(text), expected) << text;
@@ -106,8 +96,8 @@ TEST(UriText, PercentCodingEscapesAllButUnreservedAndExtra) {
   Properties form;
   UriQueryFormEncode(form, result, '&');
   EXPECT_EQ(result, "");
-  for (const char* key : {"a", "b", "c d", "e"}) form.Set(key, key[0] == 'a' ? "1 2" : key[0] == 'b' ? "x&y" : "");
-  form.Set("e", "%#\xC3\xA9=+?/");
+  for (const auto& [key, value] : Table{{"a", "1 2"}, {"b", "x&y"}, {"c d", ""}, {"e", "%#\xC3\xA9=+?/"}})
+    form.Set(key, value);
   UriQueryFormEncode(form, result, ';');
   EXPECT_EQ(result, "a=1+2;b=x&y;c+d=;e=%25%23%C3%A9=+?/");
 }
@@ -175,9 +165,7 @@ TEST(Uri, ValidityRulesJudgeWhatTheSettersLeft) {
   EXPECT_EQ(Formatted(uri), "x://u@hp%20q");
   uri.SetHost("");
   EXPECT_FALSE(uri.IsAuthorityValid() || uri.HasAuthority());
-  EXPECT_EQ(Formatted(uri), "false kept");
-  EXPECT_TRUE(uri.FormatRelative(relative));
-  EXPECT_EQ(relative, "p%20q");
+  EXPECT_EQ(Formatted(uri) + (uri.FormatRelative(relative) ? " " + relative : ""), "false kept p%20q");
   uri.Reset();
   EXPECT_EQ(Parts(uri), "|||0|||");
   EXPECT_FALSE(uri.HasPath() || uri.HasQuery() || uri.HasScheme() || uri.HasUserInfo() || uri.HasPort());
