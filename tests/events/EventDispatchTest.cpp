@@ -200,14 +200,35 @@ TEST(Win32EventDispatch, WorkersPostToAMessageLoopThread) {
   constexpr std::uint32_t kEach = 20000;
   std::atomic<Win32EventDispatch*> shared{nullptr};
   std::atomic<Win32::HWND> window{nullptr};
-  std::uint32_t handled = 0;
+  constexpr std::uint32_t kEcho = 0xEC40;
+  std::uint32_t handled = 0, echoes = 0;
   std::thread loop([&] {
+    Win32EventDispatch dispatch(Win32::CreateMessageWindow());
+    std::string unused;
+    Recorder bystander("", unused);
+    // Every thousandth event makes the handler change the table and post an echo, while
+    // the workers go on posting.
     struct Counter : EventTarget {
+      void HandleEvent(Event& event) override {
+        if (event.GetId() == kEcho) {
+          ++*echoes;
+          return;
+        }
+        ++*handled;
+        if (event.GetId().GetNumber() % 1000 != 0) return;
+        dispatch->UnregisterTarget(*bystander);
+        dispatch->RegisterTarget(*bystander);
+        dispatch->PostEvent(Make(kEcho));
+      }
       std::uint32_t* handled;
-      void HandleEvent(Event&) override { ++*handled; }
+      std::uint32_t* echoes;
+      Win32EventDispatch* dispatch;
+      EventTarget* bystander;
     } counter;
     counter.handled = &handled;
-    Win32EventDispatch dispatch(Win32::CreateMessageWindow());
+    counter.echoes = &echoes;
+    counter.dispatch = &dispatch;
+    counter.bystander = &bystander;
     dispatch.RegisterTarget(counter);
     window = Win32::CreateMessageWindow();
     shared = &dispatch;
@@ -230,6 +251,7 @@ TEST(Win32EventDispatch, WorkersPostToAMessageLoopThread) {
   EXPECT_EQ(Win32::PostMessageA(window.load(), Win32::WM_USER, 0, 0), 1);
   loop.join();
   EXPECT_EQ(handled, 2 * kEach);
+  EXPECT_EQ(echoes, 2 * kEach / 1000);
   // The loop's thread has ended: its windows went with it.
   EXPECT_EQ(Win32::PostMessageA(window.load(), Win32::WM_USER, 0, 0), 0);
   EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_WINDOW_HANDLE);

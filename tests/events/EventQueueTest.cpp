@@ -166,9 +166,15 @@ TEST(EventQueue, ProducersAndPullersLoseNothingAndKeepEachProducersOrder) {
   EXPECT_EQ(queue.PullEvent(TimeSpan(0)), nullptr);
 }
 
-TEST(EventQueue, MillionQueuedEventsDieWithoutDeepRecursion) {
-  EventQueue queue;
-  for (std::uint32_t n = 0; n < 1000000; ++n) queue.PostEvent(Make(n));
+TEST(EventQueue, LongChainsDieWithoutDeepRecursion) {
+  boost::shared_ptr<Event> held;
+  {
+    EventQueue queue;
+    for (std::uint32_t n = 0; n < 400000; ++n) queue.PostEvent(Make(n));
+    held = queue.PullEvent();  // its link keeps the events pulled after it alive
+    for (std::uint32_t n = 1; n < 150000; ++n) ASSERT_EQ(Number(queue.PullEvent(TimeSpan(0))), n);
+  }
+  EXPECT_EQ(Number(held), 0u);
 }
 
 }  // namespace

@@ -24,7 +24,7 @@ namespace Tessera {
 class TESSERA_API EventId {
  public:
   // Top bit of `value` for a text identifier: the text is borrowed, never freed.
-  static const std::uint32_t staticFlag = 0x80000000u;
+  static constexpr std::uint32_t staticFlag = 0x80000000u;
 
   // A number identifier; all 32 bits are the number.
   EventId(std::uint32_t number) : text(nullptr), value(number) {}  // NOLINT: numbers name events
@@ -94,7 +94,7 @@ class TESSERA_API Event {
   // Gives the block back by the path `size` chose in operator new.
   static void operator delete(void* memory, std::size_t size);
 
-  static const std::size_t pooledSizeLimit = 10 * sizeof(void*);
+  static constexpr std::size_t pooledSizeLimit = 10 * sizeof(void*);
 
  private:
   friend class EventListImpl;

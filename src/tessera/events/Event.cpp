@@ -89,7 +89,16 @@ BufferPool* EventPool() {
 
 }  // namespace
 
-Event::~Event() = default;
+Event::~Event() {
+  // A pulled event keeps its follower alive, and that one its own: a puller that held one event
+  // while others pulled thousands would free them by a recursion as deep as the chain. Followers
+  // owned by nobody else are taken apart here in a loop instead.
+  boost::shared_ptr<Event> follower = std::move(next);
+  while (follower && follower.use_count() == 1) {
+    boost::shared_ptr<Event> after = std::move(follower->next);
+    follower = std::move(after);
+  }
+}
 
 void Event::MarkHandled() {}
 
