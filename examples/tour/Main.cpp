@@ -14,6 +14,7 @@ int main() {
   Tour::ShowTime();
   Tour::ShowTimers();
   Tour::ShowNumerics();
+  Tour::ShowInternet();
   Tessera::Shutdown();
   return 0;
 }

@@ -16,6 +16,7 @@ void ShowCharsets();
 void ShowTime();
 void ShowTimers();
 void ShowNumerics();
+void ShowInternet();
 
 }  // namespace Tour
 

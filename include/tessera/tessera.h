@@ -16,7 +16,11 @@
 #include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
 #include <tessera/internet/Base64.h>
+#include <tessera/internet/Mime.h>
 #include <tessera/internet/MimeDecode.h>
+#include <tessera/internet/Properties.h>
+#include <tessera/internet/Uri.h>
+#include <tessera/internet/UriText.h>
 #include <tessera/memory/BitReader.h>
 #include <tessera/memory/BitWriter.h>
 #include <tessera/memory/Buffer.h>
