@@ -8,8 +8,10 @@ int main() {
   std::cout << "Tessera tour\n";
   Tour::ShowFrame();
   Tour::ShowMemory();
+  Tour::ShowEvents();
   Tour::ShowText();
   Tour::ShowTime();
+  Tour::ShowTimers();
   Tour::ShowNumerics();
   Tessera::Shutdown();
   return 0;

@@ -10,8 +10,10 @@ inline void Heading(const char* title) { std::cout << "\n== " << title << " ==\n
 
 void ShowFrame();
 void ShowMemory();
+void ShowEvents();
 void ShowText();
 void ShowTime();
+void ShowTimers();
 void ShowNumerics();
 
 }  // namespace Tour
