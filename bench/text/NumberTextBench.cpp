@@ -1,13 +1,20 @@
 // TextNumeric beside std::from_chars, and TextFormatNumber beside std::to_chars (with the
-// same text: the general format with precision 6 for double) and beside the fresh
-// std::ostringstream whose text it gives. Each run goes over 1024 varied values.
+// same text: the general format with precision 6 for double), beside the fresh
+// std::ostringstream whose text it gives and beside one stream reused for every value. Each
+// run goes over 1024 values of one set ("values"):
+//   int     0: varied lengths, 1: uniform over the whole range;
+//   double  0: three decimals between -5000 and 5000, 1: magnitudes from 1e-300 to 1e300.
+// Doubles are parsed from their shortest text in plain decimal (TextNumeric has no exponent).
 #include <tessera/text/TextFormatNumber.h>
 #include <tessera/text/TextNumeric.h>
 
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <random>
 #include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -16,35 +23,52 @@ namespace {
 
 constexpr std::size_t kCount = 1024;
 
-const std::vector<int>& Integers() {
-  static const std::vector<int> values = [] {
+const std::vector<int>& Integers(std::int64_t set) {
+  static const std::vector<int> values[2] = {[] {
     std::vector<int> result;
     std::mt19937 random(3);
     for (std::size_t i = 0; i < kCount; ++i)
       result.push_back(static_cast<int>(random()) >> (random() % 31));
     return result;
-  }();
-  return values;
+  }(), [] {
+    std::vector<int> result;
+    std::mt19937 random(5);
+    for (std::size_t i = 0; i < kCount; ++i) result.push_back(static_cast<int>(random()));
+    return result;
+  }()};
+  return values[set];
 }
 
-// Plain decimal fractions, as a parser of this kind meets them.
-const std::vector<double>& Reals() {
-  static const std::vector<double> values = [] {
+const std::vector<double>& Reals(std::int64_t set) {
+  static const std::vector<double> values[2] = {[] {
     std::vector<double> result;
     std::mt19937 random(4);
     for (std::size_t i = 0; i < kCount; ++i)
       result.push_back(static_cast<double>(random() % 10000000) / 1000.0 - 5000.0);
     return result;
-  }();
-  return values;
+  }(), [] {
+    std::vector<double> result;
+    std::mt19937_64 random(6);
+    std::uniform_real_distribution<double> exponent(-300.0, 300.0);
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const double magnitude = std::pow(10.0, exponent(random));
+      result.push_back(random() & 1 ? -magnitude : magnitude);
+    }
+    return result;
+  }()};
+  return values[set];
 }
 
 template <class T>
 std::vector<std::string> Texts(const std::vector<T>& values) {
   std::vector<std::string> texts;
   for (T value : values) {
-    char buffer[64];
-    auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+    char buffer[400];
+    std::to_chars_result result;
+    if constexpr (std::is_floating_point<T>::value)
+      result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed);
+    else
+      result = std::to_chars(buffer, buffer + sizeof buffer, value);
     texts.emplace_back(buffer, result.ptr);
   }
   return texts;
@@ -77,16 +101,22 @@ void ParseFromChars(benchmark::State& state, const std::vector<std::string>& tex
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * texts.size()));
 }
 
-void BM_TextNumericInt(benchmark::State& state) { ParseTextNumeric<int>(state, Texts(Integers())); }
-void BM_FromCharsInt(benchmark::State& state) { ParseFromChars<int>(state, Texts(Integers())); }
-void BM_TextNumericDouble(benchmark::State& state) {
-  ParseTextNumeric<double>(state, Texts(Reals()));
+void BM_TextNumericInt(benchmark::State& state) {
+  ParseTextNumeric<int>(state, Texts(Integers(state.range(0))));
 }
-void BM_FromCharsDouble(benchmark::State& state) { ParseFromChars<double>(state, Texts(Reals())); }
-BENCHMARK(BM_TextNumericInt);
-BENCHMARK(BM_FromCharsInt);
-BENCHMARK(BM_TextNumericDouble);
-BENCHMARK(BM_FromCharsDouble);
+void BM_FromCharsInt(benchmark::State& state) {
+  ParseFromChars<int>(state, Texts(Integers(state.range(0))));
+}
+void BM_TextNumericDouble(benchmark::State& state) {
+  ParseTextNumeric<double>(state, Texts(Reals(state.range(0))));
+}
+void BM_FromCharsDouble(benchmark::State& state) {
+  ParseFromChars<double>(state, Texts(Reals(state.range(0))));
+}
+BENCHMARK(BM_TextNumericInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_FromCharsInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_TextNumericDouble)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_FromCharsDouble)->ArgName("values")->Arg(0)->Arg(1);
 
 template <class T>
 void FormatTextFormatNumber(benchmark::State& state, const std::vector<T>& values) {
@@ -115,6 +145,7 @@ void FormatToChars(benchmark::State& state, const std::vector<T>& values, Format
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values.size()));
 }
 
+// The contract's own form: a fresh stream for every value.
 template <class T>
 void FormatStream(benchmark::State& state, const std::vector<T>& values) {
   std::string out;
@@ -129,21 +160,53 @@ void FormatStream(benchmark::State& state, const std::vector<T>& values) {
   state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values.size()));
 }
 
-void BM_TextFormatNumberInt(benchmark::State& state) { FormatTextFormatNumber(state, Integers()); }
-void BM_ToCharsInt(benchmark::State& state) { FormatToChars(state, Integers()); }
-void BM_OstringstreamInt(benchmark::State& state) { FormatStream(state, Integers()); }
-void BM_TextFormatNumberDouble(benchmark::State& state) { FormatTextFormatNumber(state, Reals()); }
-void BM_ToCharsDoubleGeneral6(benchmark::State& state) {
-  FormatToChars(state, Reals(), std::chars_format::general, 6);
+// One stream emptied before each value: what a caller who owns a stream pays.
+template <class T>
+void FormatReusedStream(benchmark::State& state, const std::vector<T>& values) {
+  std::string out;
+  std::ostringstream stream;
+  for (auto _ : state) {
+    for (T value : values) {
+      stream.str(std::string());
+      stream << value;
+      out = stream.str();
+      benchmark::DoNotOptimize(out.data());
+    }
+  }
+  state.SetItemsProcessed(static_cast<std::int64_t>(state.iterations() * values.size()));
 }
-void BM_ToCharsDoubleShortest(benchmark::State& state) { FormatToChars(state, Reals()); }
-void BM_OstringstreamDouble(benchmark::State& state) { FormatStream(state, Reals()); }
-BENCHMARK(BM_TextFormatNumberInt);
-BENCHMARK(BM_ToCharsInt);
-BENCHMARK(BM_OstringstreamInt);
-BENCHMARK(BM_TextFormatNumberDouble);
-BENCHMARK(BM_ToCharsDoubleGeneral6);
-BENCHMARK(BM_ToCharsDoubleShortest);
-BENCHMARK(BM_OstringstreamDouble);
+
+void BM_TextFormatNumberInt(benchmark::State& state) {
+  FormatTextFormatNumber(state, Integers(state.range(0)));
+}
+void BM_ToCharsInt(benchmark::State& state) { FormatToChars(state, Integers(state.range(0))); }
+void BM_OstringstreamInt(benchmark::State& state) { FormatStream(state, Integers(state.range(0))); }
+void BM_ReusedStreamInt(benchmark::State& state) {
+  FormatReusedStream(state, Integers(state.range(0)));
+}
+void BM_TextFormatNumberDouble(benchmark::State& state) {
+  FormatTextFormatNumber(state, Reals(state.range(0)));
+}
+void BM_ToCharsDoubleGeneral6(benchmark::State& state) {
+  FormatToChars(state, Reals(state.range(0)), std::chars_format::general, 6);
+}
+void BM_ToCharsDoubleShortest(benchmark::State& state) {
+  FormatToChars(state, Reals(state.range(0)));
+}
+void BM_OstringstreamDouble(benchmark::State& state) {
+  FormatStream(state, Reals(state.range(0)));
+}
+void BM_ReusedStreamDouble(benchmark::State& state) {
+  FormatReusedStream(state, Reals(state.range(0)));
+}
+BENCHMARK(BM_TextFormatNumberInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_ToCharsInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_OstringstreamInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_ReusedStreamInt)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_TextFormatNumberDouble)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_ToCharsDoubleGeneral6)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_ToCharsDoubleShortest)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_OstringstreamDouble)->ArgName("values")->Arg(0)->Arg(1);
+BENCHMARK(BM_ReusedStreamDouble)->ArgName("values")->Arg(0)->Arg(1);
 
 }  // namespace

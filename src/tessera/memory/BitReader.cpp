@@ -42,22 +42,18 @@ bool BitReader::ReadBit() {
   return ReadBitExec();
 }
 
-unsigned int BitReader::ReadBits(unsigned int count) {
+unsigned int BitReader::ReadBitsNearEnd(const unsigned char* data, std::uint32_t capacity,
+                                        std::uint32_t position, unsigned int count) {
   if (count == 0) return 0;
   if (count > 32) ThrowTooManyBits(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
-  if (!HasRoom(count)) ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
-  // At most five bytes hold the bits; take eight at once where the stream has them.
-  const std::uint32_t first = position_ >> 3;
-  const unsigned int phase = position_ & 7;
-  std::uint64_t window;
-  if (StreamBytes(capacity_) - first >= 8) {
-    window = LoadBigEndian64(data_ + first);
-  } else {
-    window = 0;
-    const unsigned int bytes = (phase + count + 7) >> 3;
-    for (unsigned int i = 0; i < bytes; ++i) window |= std::uint64_t{data_[first + i]} << (56 - 8 * i);
-  }
-  position_ += count;
+  if (std::uint64_t{position} + count > capacity)
+    ThrowCapacityExceeded(PLAINT_CONTEXT("Tessera::BitReader::ReadBits"));
+  // At most five bytes hold the bits, all inside the stream.
+  const std::uint32_t first = position >> 3;
+  const unsigned int phase = position & 7;
+  std::uint64_t window = 0;
+  const unsigned int bytes = (phase + count + 7) >> 3;
+  for (unsigned int i = 0; i < bytes; ++i) window |= std::uint64_t{data[first + i]} << (56 - 8 * i);
   return static_cast<unsigned int>((window << phase) >> (64 - count));
 }
 

@@ -29,7 +29,10 @@ const char* FindRest(const char* haystack, std::size_t from, std::size_t count, 
 #ifdef TESSERA_TEXT_X86
 
 // How common a byte is in text, roughly: letters by their frequency in English, white space
-// and punctuation among them, control bytes rare, bytes of multi-byte characters in between.
+// and punctuation among them, control bytes rare. In UTF-8 a lead byte stands for a whole
+// script (0xD0 and 0xD1 carry all of Cyrillic), so it ranks with the commonest letters, and
+// the continuation bytes, which tell the characters apart, in between: with leads ranked as
+// these, a Cyrillic needle was filtered by its lead bytes and searched at 0.84 times memmem.
 unsigned char Commonness(unsigned char c) {
   static const char kLetters[] = "etaoinshrdlcumwfgypbvkjxqz";  // most common first
   if (c == ' ') return 255;
@@ -43,6 +46,7 @@ unsigned char Commonness(unsigned char c) {
   }
   if (c >= '0' && c <= '9') return 160;
   if (c == ',' || c == '.' || c == '\n') return 190;
+  if (c >= 0xC0) return 230;
   if (c >= 0x80) return 120;
   if (c < 0x20 || c == 0x7F) return 40;
   return 130;

@@ -93,23 +93,26 @@ inline void AsciiRun(const From*& s, To*& d, const From* limit) {
 }
 
 // One plainly well-formed multi-byte sequence, taken whole; false, with nothing taken, for
-// anything else. It reads no byte beyond the size that the lead announces.
-inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
+// anything else, and when `bounded` for a sequence cut off by `end`. It reads no byte beyond
+// the size that the lead announces.
+template <bool bounded>
+inline bool WidenMultiByte(const Byte*& s, char16_t*& d, const Byte* end) {
   const Byte lead = *s;
   if (lead < 0xE0) {
-    if (lead < 0xC2 || !IsContinuation(s[1])) return false;
+    if (lead < 0xC2 || (bounded && end - s < 2) || !IsContinuation(s[1])) return false;
     *d++ = static_cast<char16_t>(((lead & 0x1Fu) << 6) | (s[1] & 0x3Fu));
     s += 2;
   } else if (lead < 0xF0) {
     const Byte low = lead == 0xE0 ? 0xA0 : 0x80;
     const Byte high = lead == 0xED ? 0x9F : 0xBF;
-    if (s[1] < low || s[1] > high || !IsContinuation(s[2])) return false;
+    if ((bounded && end - s < 3) || s[1] < low || s[1] > high || !IsContinuation(s[2])) return false;
     *d++ = static_cast<char16_t>(((lead & 0x0Fu) << 12) | ((s[1] & 0x3Fu) << 6) | (s[2] & 0x3Fu));
     s += 3;
   } else {
     const Byte low = lead == 0xF0 ? 0x90 : 0x80;
     const Byte high = lead == 0xF4 ? 0x8F : 0xBF;
-    if (lead > 0xF4 || s[1] < low || s[1] > high || !IsContinuation(s[2]) || !IsContinuation(s[3]))
+    if (lead > 0xF4 || (bounded && end - s < 4) || s[1] < low || s[1] > high || !IsContinuation(s[2]) ||
+        !IsContinuation(s[3]))
       return false;
     const std::uint32_t c =
         (((lead & 0x07u) << 18) | ((s[1] & 0x3Fu) << 12) | ((s[2] & 0x3Fu) << 6) | (s[3] & 0x3Fu)) -
@@ -123,21 +126,27 @@ inline bool WidenMultiByte(const Byte*& s, char16_t*& d) {
 }
 
 // The plain loop of UTF-8 to UTF-16, up to `limit` or to a sequence it leaves to the careful
-// step. Within the limit 3 bytes can be read behind any lead, and 2 units written.
-inline void WidenPlain(const Byte*& s, char16_t*& d, const Byte* limit) {
+// step; the text ends at `end`. Within the limit 2 units can be written at any place. Only a
+// lead in the last 3 bytes has its sequence checked against the end, which the mix of
+// 1- to 4-byte sequences of mixed text would pay for on every lead (9% on 256 bytes).
+inline void WidenPlain(const Byte*& s, char16_t*& d, const Byte* limit, const Byte* end) {
   AsciiRun(s, d, limit);
+  const Byte* const leads = end - std::min<std::ptrdiff_t>(3, end - s);
   while (s < limit) {
-    if (*s < 0x80)
+    if (*s < 0x80) {
       *d++ = *s++;
-    else if (!WidenMultiByte(s, d))
+    } else if (s < leads) {
+      if (!WidenMultiByte<false>(s, d, end)) return;
+    } else if (!WidenMultiByte<true>(s, d, end)) {
       return;
+    }
   }
 }
 
 // One character of the plain loop of UTF-16 to UTF-8; false, with nothing taken, for a
-// surrogate that isn't a high one followed by a low one. Only a surrogate has the unit behind
-// it read.
-inline bool NarrowStep(const char16_t*& s, Byte*& d) {
+// surrogate that isn't a high one followed by a low one before `end`. Only a surrogate has
+// the unit behind it read.
+inline bool NarrowStep(const char16_t*& s, Byte*& d, const char16_t* end) {
   const std::uint32_t c = *s;
   if (c < 0x80) {
     *d++ = static_cast<Byte>(c);
@@ -154,8 +163,9 @@ inline bool NarrowStep(const char16_t*& s, Byte*& d) {
     d += 3;
     ++s;
   } else {
+    if (c >= 0xDC00 || end - s < 2) return false;
     const std::uint32_t low = s[1];
-    if (c >= 0xDC00 || low - 0xDC00 >= 0x400) return false;
+    if (low - 0xDC00 >= 0x400) return false;
     const std::uint32_t point = ((c - 0xD800) << 10) + (low - 0xDC00) + 0x10000;
     d[0] = static_cast<Byte>(0xF0 | (point >> 18));
     d[1] = static_cast<Byte>(0x80 | ((point >> 12) & 0x3F));
@@ -168,11 +178,12 @@ inline bool NarrowStep(const char16_t*& s, Byte*& d) {
 }
 
 // The plain loop of UTF-16 to UTF-8, up to `limit` or to a surrogate it leaves to the careful
-// step. Within the limit a pair's second unit can be read, and 16 bytes written.
-inline void NarrowPlain(const char16_t*& s, Byte*& d, const char16_t* limit) {
+// step. Within the limit 16 bytes can be written at any place; the text ends at `end`.
+inline void NarrowPlain(const char16_t*& s, Byte*& d, const char16_t* limit,
+                        const char16_t* end) {
   AsciiRun(s, d, limit);
   while (s < limit)
-    if (!NarrowStep(s, d)) return;
+    if (!NarrowStep(s, d, end)) return;
 }
 
 #ifdef TESSERA_TEXT_X86
@@ -206,7 +217,8 @@ constexpr ShortUnitShuffles kShortUnitShuffles = MakeShortUnitShuffles();
 // Cyrillic, Hebrew, Arabic and ASCII between them) are encoded together, their 1- and
 // 2-byte forms packed by a shuffle. A block with anything else goes unit by unit.
 __attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, Byte*& to,
-                                                       const char16_t* limit) {
+                                                       const char16_t* limit,
+                                                       const char16_t* end) {
   // The positions are worked on in locals: byte stores could alias the caller's variables, and
   // the compiler would reload them after each.
   const char16_t* s = from;
@@ -221,7 +233,8 @@ __attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, By
     const __m128i units = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
     if (_mm_movemask_epi8(_mm_cmpeq_epi16(_mm_and_si128(units, from0x800), zero)) != 0xFFFF) {
       bool stalled = false;
-      for (const char16_t* const stop = s + 8; !stalled && s < stop;) stalled = !NarrowStep(s, d);
+      for (const char16_t* const stop = s + 8; !stalled && s < stop;)
+        stalled = !NarrowStep(s, d, end);
       if (stalled) break;
       continue;
     }
@@ -239,7 +252,7 @@ __attribute__((target("ssse3"))) void NarrowPlainSsse3(const char16_t*& from, By
     d += kShortUnitShuffles.size[pattern];
     s += 8;
   }
-  while (s < limit && NarrowStep(s, d)) {
+  while (s < limit && NarrowStep(s, d, end)) {
   }
   from = s;
   to = d;
@@ -257,11 +270,10 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
   Utf8Outcome outcome = Utf8Outcome::done;
   for (;;) {
     // A sequence gives no more units than it has bytes, so with the limit 16 bytes short of
-    // the room, a pair or a vector store of 16 units still fits at the last place; and 3
-    // bytes can be read behind any lead before it.
-    const std::ptrdiff_t input = (se - s) - 3;
+    // the room, a pair or a vector store of 16 units still fits at the last place.
+    const std::ptrdiff_t input = se - s;
     const std::ptrdiff_t room = (toEnd - d) - 16;
-    WidenPlain(s, d, s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax})));
+    WidenPlain(s, d, s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax})), se);
     if (s == se) break;
     // The careful step. The lead byte announces the size, and a cut-off sequence is
     // incomplete before anything in it is judged; a whole one goes to a local target first,
@@ -282,7 +294,7 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
     char16_t* unitsEnd = units;
     if (lead < 0x80) {
       *unitsEnd++ = *next++;
-    } else if (!WidenMultiByte(next, unitsEnd)) {
+    } else if (!WidenMultiByte<true>(next, unitsEnd, se)) {
       outcome = Utf8Outcome::invalid;
       break;
     }
@@ -306,18 +318,17 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
   Utf8Outcome outcome = Utf8Outcome::done;
   for (;;) {
     // A unit gives at most 3 bytes (a pair 4 for two), so with the limit at a third of the
-    // room less 16 bytes, a pair or a vector store of 16 bytes still fits at the last place;
-    // and a pair's second unit can be read there.
-    const std::ptrdiff_t input = (fromEnd - s) - 1;
+    // room less 16 bytes, a pair or a vector store of 16 bytes still fits at the last place.
+    const std::ptrdiff_t input = fromEnd - s;
     const std::ptrdiff_t room = ((de - d) - 16) / 3;
     const char16_t* const limit =
         s + std::max<std::ptrdiff_t>(0, std::min({input, room, kRoundMax}));
 #ifdef TESSERA_TEXT_X86
     if (__builtin_cpu_supports("ssse3"))
-      NarrowPlainSsse3(s, d, limit);
+      NarrowPlainSsse3(s, d, limit, fromEnd);
     else
 #endif
-      NarrowPlain(s, d, limit);
+      NarrowPlain(s, d, limit, fromEnd);
     if (s == fromEnd) break;
     // The careful step: a lone low surrogate is invalid and a high one that ends the text
     // incomplete; the rest goes to a local target first, as room is judged after the units.
@@ -333,7 +344,7 @@ Utf8Outcome ConvertUtf16ToUtf8(const char16_t*& from, const char16_t* fromEnd, c
     const char16_t* next = s;
     Byte bytes[4];
     Byte* bytesEnd = bytes;
-    if (!NarrowStep(next, bytesEnd)) {
+    if (!NarrowStep(next, bytesEnd, fromEnd)) {
       outcome = Utf8Outcome::invalid;
       break;
     }
@@ -360,6 +371,9 @@ using detail::Utf8Outcome;
 // the rounds that a filling piece takes ever shorter.
 constexpr std::size_t kNarrowPiece = 16384;
 
+// Texts up to this length are converted on the stack and copied to the result.
+constexpr unsigned int kShortText = 128;
+
 }  // namespace
 
 unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned int length) {
@@ -374,13 +388,25 @@ unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned int length)
 
 void TextWidenUtf8(const char* text, unsigned int length, std::u16string& out) {
   if (length == npos) length = static_cast<unsigned int>(std::strlen(text));
-  // One unit per byte is always room enough.
-  out.resize(length);
+  // One unit per byte is always room enough; the 16 units more let the converter's plain
+  // loop, which keeps that much room in hand, take a short text whole (a 16-byte text went
+  // all through the careful step, at 80 ns against ICU's 40).
   const char* from = text;
-  char16_t* const begin = &out[0];
-  char16_t* to = begin;
-  const Utf8Outcome outcome = detail::ConvertUtf8ToUtf16(from, text + length, to, begin + length);
-  out.resize(static_cast<std::size_t>(to - begin));
+  Utf8Outcome outcome;
+  if (length <= kShortText) {
+    // Through the stack, which spares the zero fill and one call of a resize: a third of the
+    // time on 16 bytes.
+    char16_t units[kShortText + 16];
+    char16_t* to = units;
+    outcome = detail::ConvertUtf8ToUtf16(from, text + length, to, units + length + 16);
+    out.assign(units, to);
+  } else {
+    out.resize(std::size_t{length} + 16);
+    char16_t* const begin = &out[0];
+    char16_t* to = begin;
+    outcome = detail::ConvertUtf8ToUtf16(from, text + length, to, begin + length + 16);
+    out.resize(static_cast<std::size_t>(to - begin));
+  }
   if (outcome == Utf8Outcome::incomplete)
     throw TextConversionError("unable to widen incomplete UTF-8 sequence",
                               PLAINT_CONTEXT("Tessera::TextWidenUtf8"));
@@ -391,18 +417,30 @@ void TextWidenUtf8(const char* text, unsigned int length, std::u16string& out) {
 
 void TextNarrowUtf8(const char16_t* text, unsigned int length, std::string& out) {
   if (length == npos) length = static_cast<unsigned int>(std::char_traits<char16_t>::length(text));
-  out.clear();
   const char16_t* from = text;
   const char16_t* const end = text + length;
   Utf8Outcome outcome = Utf8Outcome::noRoom;
+  if (length <= kShortText) {
+    // Through the stack, as for widening; three bytes a unit are always room enough.
+    char bytes[3 * kShortText + 16];
+    char* to = bytes;
+    outcome = detail::ConvertUtf16ToUtf8(from, end, to, bytes + 3 * std::size_t{length} + 16);
+    out.assign(bytes, to);
+  } else {
+    out.clear();
+  }
   // Each piece is converted in place at the end of `out`, which is cut back to what was
   // written; with no room left the next piece goes on from there.
   while (outcome == Utf8Outcome::noRoom) {
+    // The last piece holds the rest whole, with the room the plain loop keeps in hand,
+    // rather than 16 KiB to fill (350 ns on 16 units, against ICU's 36).
+    const std::size_t size =
+        std::min<std::size_t>(kNarrowPiece, 3 * static_cast<std::size_t>(end - from) + 16);
     const std::size_t used = out.size();
-    out.resize(used + kNarrowPiece);
+    out.resize(used + size);
     char* const piece = &out[used];
     char* to = piece;
-    outcome = detail::ConvertUtf16ToUtf8(from, end, to, piece + kNarrowPiece);
+    outcome = detail::ConvertUtf16ToUtf8(from, end, to, piece + size);
     out.resize(used + static_cast<std::size_t>(to - piece));
   }
   if (outcome == Utf8Outcome::incomplete)

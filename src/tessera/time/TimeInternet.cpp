@@ -154,7 +154,16 @@ bool ParseZone(const char* token, unsigned int length, int& hours, int& minutes)
 
 // Sets the parsed fields and takes the zone off; false when the calendar refuses them.
 bool SetUtc(Time& time, int year, int month, int day, const Clock& clock, int zoneHours, int zoneMinutes) {
-  if (!time.Set(static_cast<unsigned int>(year), static_cast<unsigned int>(month), static_cast<unsigned int>(day),
+  // Fields the calendar takes as they are go straight to ticks, sparing the SYSTEMTIME
+  // route (a fifth of an HTTP date's parse); the rest take that route, which decides.
+  std::uint64_t ticks = 0;
+  if (Win32::detail::TicksFromFields(static_cast<unsigned>(year), static_cast<unsigned>(month),
+                                     static_cast<unsigned>(day), static_cast<unsigned>(clock.hours),
+                                     static_cast<unsigned>(clock.minutes),
+                                     static_cast<unsigned>(clock.seconds), 0, ticks)) {
+    time.Set(Win32::FILETIME{static_cast<std::uint32_t>(ticks), static_cast<std::uint32_t>(ticks >> 32)},
+             TimeKind::Utc);
+  } else if (!time.Set(static_cast<unsigned int>(year), static_cast<unsigned int>(month), static_cast<unsigned int>(day),
                 static_cast<unsigned int>(clock.hours), static_cast<unsigned int>(clock.minutes),
                 static_cast<unsigned int>(clock.seconds), 0, TimeKind::Utc)) {
     return false;
@@ -180,8 +189,6 @@ bool ParseYearClockZone(Tokenizer& tokens, int day, int month, Time& time) {
   return SetUtc(time, year, month, day, clock, zoneHours, zoneMinutes);
 }
 
-int TwoDigits(const char* text) { return (text[0] - '0') * 10 + (text[1] - '0'); }
-
 // The layout that HTTP writes, "Www, D[D] Mmm YYYY hh:mm:ss[ zone[ anything]]" with single
 // blanks, read straight off the text. Each field is what the tokenizer-driven reading would
 // give for such a text, so a true result is that reading's result; on false nothing is
@@ -196,21 +203,21 @@ bool ParseRfc1123Layout(const std::string& text, Time& time) {
   if (detail::IsDigit(p[at])) day = day * 10 + (p[at++] - '0');
   if (size < at + 18 || p[at] != ' ' || p[at + 4] != ' ' || p[at + 9] != ' ') return false;
   const int month = monthTable.Find(p + at + 1, 3);
-  const char* y = p + at + 5;
-  const char* c = p + at + 10;
-  if (month < 0 || !detail::IsDigit(y[0]) || !detail::IsDigit(y[1]) || !detail::IsDigit(y[2]) ||
-      !detail::IsDigit(y[3]) || c[2] != ':' || c[5] != ':') {
+  // "YYYY hh:" and "hh:mm:ss" as two words, checked and read as the ISO layout is.
+  const std::uint64_t y = detail::Load8(p + at + 5);
+  const std::uint64_t c = detail::Load8(p + at + 10);
+  constexpr std::uint64_t clockDigits = 0xFFFF00FFFF00FFFFu;
+  if (month < 0 || (c & ~clockDigits) != 0x00003A00003A0000u ||
+      (detail::NotDigits(y, 0xFFFFFFFFu) | detail::NotDigits(c, clockDigits)) != 0) {
     return false;
   }
-  for (const int i : {0, 1, 3, 4, 6, 7}) {
-    if (!detail::IsDigit(c[i])) return false;
-  }
-  int year = TwoDigits(y) * 100 + TwoDigits(y + 2);
+  const std::uint64_t yearPairs = detail::DigitPairs(y), clockPairs = detail::DigitPairs(c);
+  int year = static_cast<int>(detail::Byte(yearPairs, 0) * 100 + detail::Byte(yearPairs, 2));
   if (year < 100) year = ExpandTwoDigitYear(year);
   Clock clock;
-  clock.hours = TwoDigits(c);
-  clock.minutes = TwoDigits(c + 3);
-  clock.seconds = TwoDigits(c + 6);
+  clock.hours = static_cast<int>(detail::Byte(clockPairs, 0));
+  clock.minutes = static_cast<int>(detail::Byte(clockPairs, 3));
+  clock.seconds = static_cast<int>(detail::Byte(clockPairs, 6));
   if (day < 1 || day > 31 || clock.hours > 23 || clock.minutes > 59 || clock.seconds > 60) return false;
   at += 18;
   int zoneHours = 0;

@@ -157,34 +157,10 @@ bool SplitSimple(const std::string& text, Cursor& date, Cursor& clock) {
   return true;
 }
 
-// Eight characters as one word, the first in the lowest byte.
-std::uint64_t Load8(const char* text) {
-  std::uint64_t word;
-  std::memcpy(&word, text, sizeof word);
-#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
-  word = __builtin_bswap64(word);
-#endif
-  return word;
-}
-
-constexpr std::uint64_t ones = 0x0101010101010101u;
-
-// Non-zero unless every byte of `word` under `mask` (0xFF bytes) is a decimal digit.
-constexpr std::uint64_t NotDigits(std::uint64_t word, std::uint64_t mask) {
-  const std::uint64_t values = (word ^ 0x30 * ones) & mask;  // 0 to 9 for digits
-  return (values & 0xF0 * ones) | ((values + 0x06 * ones) & 0x10 * ones);
-}
-
-// Byte i becomes ten times digit i plus digit i + 1: each byte of a two-digit number at i
-// holds that number. No byte carries into the next, whatever the characters are.
-constexpr std::uint64_t DigitPairs(std::uint64_t word) {
-  const std::uint64_t digits = word & 0x0F * ones;
-  return digits * 10 + (digits >> 8);
-}
-
-constexpr unsigned Byte(std::uint64_t word, unsigned index) {
-  return static_cast<unsigned>(word >> (8 * index)) & 0xFF;
-}
+using detail::Byte;
+using detail::DigitPairs;
+using detail::Load8;
+using detail::NotDigits;
 
 struct UsualFields {
   unsigned year, month, day, hour, minute, second, millisecond;
