@@ -25,7 +25,7 @@ Win32::SYSTEMTIME System(int y, int m, int d, int h = 0, int min = 0, int s = 0,
                            Win32::WORD(h), Win32::WORD(min), Win32::WORD(s), Win32::WORD(ms)};
 }
 
-constexpr std::int64_t epochSeconds = 11644473600;
+constexpr std::int64_t epochSeconds = Win32::detail::epochSeconds;
 
 // Random instants of the whole range both ways, and through _gmtime64_s where it works
 // (1970 to 3000), against the C library.

@@ -12,6 +12,12 @@
 #include <gtest/gtest.h>
 #include <tessera/time/Time.h>
 
+#include "tessera/detail/Calendar.h"
+
+using Win32::detail::epochTicks;
+using Win32::detail::Join;
+using Win32::detail::Split;
+
 // Sets TZ for one scope. POSIX texts without daylight saving need no zone database.
 class ZoneGuard {
  public:
@@ -31,16 +37,7 @@ class ZoneGuard {
 
 constexpr const char *zoneWest0530 = "<-0530>5:30", *zoneEast0100 = "<+01>-1", *zoneWest0500 = "<-05>5",
                      *zoneWest0030 = "<-0030>0:30";
-constexpr std::uint64_t epochTicks = 116444736000000000u;  // 1601 to 1970
 constexpr std::int64_t refused = INT64_MIN;
-
-inline std::uint64_t Join(const Win32::FILETIME& value) {
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
-}
-
-inline Win32::FILETIME Split(std::uint64_t ticks) {
-  return Win32::FILETIME{static_cast<Win32::DWORD>(ticks), static_cast<Win32::DWORD>(ticks >> 32)};
-}
 
 inline std::uint64_t TicksOf(const Tessera::Time& time) {
   Win32::FILETIME value;
