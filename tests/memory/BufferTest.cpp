@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -215,6 +216,28 @@ TEST(BufferPool, ThreadsShareOnePoolAndReleaseRacesItsDestruction) {
     std::thread releaser([moved = std::move(out)]() mutable { moved.clear(); });
     delete dying;
     releaser.join();
+  }
+
+  // Clones made while their pool dies: whatever the pool saw, afterwards every clone is
+  // detached or unpooled, and dropping the original before the clones frees everything.
+  for (int round = 0; round < 300; ++round) {
+    auto* dying = new BufferPool(24, 1);
+    Buffer original = dying->Allocate();
+    std::vector<Buffer> clones;
+    std::atomic<int> made{0};
+    std::atomic<bool> dead{false};
+    std::thread cloner([&] {
+      for (int after = 0; after < 4; after += dead.load() ? 1 : 0) {
+        clones.push_back(original.Clone());
+        made.fetch_add(1);
+      }
+    });
+    while (made.load() == 0) std::this_thread::yield();
+    delete dying;
+    dead.store(true);
+    cloner.join();
+    for (const Buffer& clone : clones) ASSERT_FALSE(clone.IsPooled()) << "round " << round;
+    original = Buffer();
   }
 }
 

@@ -157,7 +157,6 @@ class TESSERA_API BufferPool {
  private:
   friend class Buffer;
   friend struct detail::BufferPoolAccess;
-  static Buffer AllocateFrom(BufferPoolImpl& pool);
   // A detached block of a dead pool is gone; the last one takes the pool's body along.
   static void DropDetached(BufferPoolImpl& pool);
 

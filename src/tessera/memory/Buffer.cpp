@@ -83,10 +83,21 @@ void Buffer::Fill(unsigned char value) {
 
 Buffer Buffer::Clone() const {
   if (data_ == nullptr) return Buffer();
-  auto* pool = static_cast<BufferPoolImpl*>(data_->pool.load(std::memory_order_relaxed));
+  // The body outlives its pool while this block is out, so its lock is safe to take; whether
+  // the pool still lives is decided under it. A block of a dead pool clones as unpooled.
+  auto* pool = static_cast<BufferPoolImpl*>(data_->pool.load(std::memory_order_acquire));
   if (pool == nullptr) return Buffer(*this, unpooled);
-  Buffer copy = BufferPool::AllocateFrom(*pool);
-  std::memcpy(Payload(copy.data_), Payload(data_), data_->size);
+  Data* block;
+  {
+    Skein::Guard<Skein::Lock> guard(pool->lock);
+    if (data_->pool.load(std::memory_order_relaxed) == nullptr) {
+      guard.Release();
+      return Buffer(*this, unpooled);
+    }
+    block = pool->TakeFreeLocked();
+  }
+  Buffer copy(block, AdoptTag{});
+  std::memcpy(Payload(block), Payload(data_), data_->size);
   return copy;
 }
 
@@ -152,6 +163,15 @@ Data* BufferPoolImpl::AllocateAndGrowLocked() {
   return last;
 }
 
+Data* BufferPoolImpl::TakeFreeLocked() {
+  Data* block = freeList != nullptr ? freeList : AllocateAndGrowLocked();
+  freeList = NextFree(block);
+  freeCount.store(freeCount.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
+  block->pool.store(this, std::memory_order_relaxed);
+  block->refCount = 1;
+  return block;
+}
+
 bool BufferPoolImpl::DetachAllLocked() {
   for (Data* block = allList; block != nullptr;) {
     Data* next = block->nextAllocated;
@@ -200,18 +220,12 @@ BufferPool::~BufferPool() {
   if (bodyDone) delete impl_;
 }
 
-Buffer BufferPool::Allocate() { return AllocateFrom(*impl_); }
-
-Buffer BufferPool::AllocateFrom(BufferPoolImpl& pool) {
+Buffer BufferPool::Allocate() {
   Data* block;
   {
-    Skein::Guard<Skein::Lock> guard(pool.lock);
-    block = pool.freeList != nullptr ? pool.freeList : pool.AllocateAndGrowLocked();
-    pool.freeList = NextFree(block);
-    pool.freeCount.store(pool.freeCount.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
-    block->pool.store(&pool, std::memory_order_relaxed);
+    Skein::Guard<Skein::Lock> guard(impl_->lock);
+    block = impl_->TakeFreeLocked();
   }
-  block->refCount = 1;  // nobody else can see the block yet
   return Buffer(block, Buffer::AdoptTag{});
 }
 

@@ -25,6 +25,9 @@ class BufferPoolImpl {
   // Makes up to growthRate blocks and gives the last; a step that makes at least one block
   // succeeds. Throws Plaint::BadAlloc when none can be made.
   Data* AllocateAndGrowLocked();
+  // Takes the head of the free list, growing first if it is empty, and hands it out with
+  // one reference. Throws Plaint::BadAlloc when no block can be made; nothing changes then.
+  Data* TakeFreeLocked();
   // Frees every free block and detaches those that are out. True when no block is out,
   // so the body can go at once; otherwise the last detached block takes it along.
   bool DetachAllLocked();
