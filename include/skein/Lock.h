@@ -5,7 +5,7 @@
 
 #include <atomic>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Skein {
 

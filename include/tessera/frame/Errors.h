@@ -11,7 +11,7 @@
 #include <string>
 
 #include <plaint/Error.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

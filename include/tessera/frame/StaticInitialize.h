@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -15,7 +15,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -16,7 +16,7 @@
 #include <sys/time.h>
 
 #include <plaint/Error.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/time/TimeSpan.h>
 #include <tessera/win32/Clock.h>
 

@@ -7,7 +7,7 @@
 
 #include <sys/time.h>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
