@@ -85,6 +85,8 @@ class TESSERA_API Time {
   bool Set(const Win32::SYSTEMTIME& value, TimeKind kind);
   // Midnight of the day. Each field is cut to 16 bits, then validated: year 1601-30827,
   // no carrying of out-of-range fields.
+  // Kept for compatibility: the cut comes before any check, so a year of 67137 is 1601;
+  // ported callers get the same acceptances and refusals.
   bool Set(unsigned int year, unsigned int month, unsigned int day, TimeKind kind);
   // Second 60 and milliseconds 1000 are refused.
   bool Set(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,

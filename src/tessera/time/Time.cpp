@@ -32,7 +32,7 @@ std::uint64_t TicksFromTimeval(const ::timeval& value) {
 std::uint64_t UnixFromTicks(std::uint64_t ticks) { return (ticks - epochTicks) / ticksPerSecond; }
 
 // Kept for compatibility: every field is cut to 16 bits before any check, as a SYSTEMTIME
-// holds it, so a year of 67136 reads as 1600 and is refused while 67137 reads as 1601.
+// holds it (67137 is the year 1601); ported callers get the same acceptances and refusals.
 Win32::SYSTEMTIME Fields(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
                          unsigned int minute, unsigned int second, unsigned int millisecond) {
   Win32::SYSTEMTIME fields;
