@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 #include <sstream>
+#include <type_traits>
 
 namespace Tessera {
 namespace {
@@ -37,19 +38,20 @@ void ExpectCaughtAs() {
   }
 }
 
+static_assert(std::is_base_of_v<TextProcessingError, ParsingError> &&
+                  std::is_base_of_v<Plaint::RuntimeError, TextConversionError> &&
+                  std::is_base_of_v<std::runtime_error, TextConversionError> &&
+                  std::is_base_of_v<std::out_of_range, Plaint::OutOfRange> &&
+                  std::is_base_of_v<std::logic_error, Plaint::InvalidArgument> &&
+                  std::is_base_of_v<std::bad_alloc, Plaint::BadAlloc> &&
+                  !std::is_base_of_v<Plaint::LogicError, Plaint::InvalidArgument>,
+              "each error has its standard base");
+
 TEST(Errors, CaughtThroughEveryBaseWithTheirDetails) {
-  ExpectCaughtAs<ParsingError, ParsingError>();
   ExpectCaughtAs<ParsingError, TextProcessingError>();
-  ExpectCaughtAs<TextConversionError, Plaint::RuntimeError>();
   ExpectCaughtAs<TextConversionError, Plaint::Error>();
-  ExpectCaughtAs<TextConversionError, std::runtime_error>();
   ExpectCaughtAs<TextConversionError, std::exception>();
-  ExpectCaughtAs<Plaint::OutOfRange, std::out_of_range>();
   ExpectCaughtAs<Plaint::InvalidArgument, std::logic_error>();
-  EXPECT_EQ(dynamic_cast<const Plaint::LogicError*>(&static_cast<const std::logic_error&>(
-                MakeWithDetails<Plaint::InvalidArgument>("x"))),
-            nullptr);
-  EXPECT_THROW(throw Plaint::BadAlloc(PLAINT_CONTEXT("f")), std::bad_alloc);
 }
 
 TEST(Errors, CloneRethrowAndAssignKeepClassAndDetails) {
@@ -98,9 +100,8 @@ TEST(ParsingErrorLocation, RendersLineColumnAndMarkerByte) {
     Plaint::RenderValue<ErrorInfo_ParsingErrorLocation>(out, location);
     return out.str();
   };
-  EXPECT_EQ(render(0, 0, "", 0), "");
-  EXPECT_EQ(render(3, 0, "ab", 1), "(3, ?) a\xBB" "b");
-  EXPECT_EQ(render(0, 12, "", 0), "(?, 12) ");
+  EXPECT_EQ(render(0, 0, "", 0) + "|" + render(0, 12, "", 0), "|(?, 12) ");
+  EXPECT_EQ(render(3, 0, "ab", 1), "(3, ?) a\xBB" "b");  // the Latin-1 byte: kept for compatibility
 
   ParsingError error("syntax error", PLAINT_CONTEXT("Client::Parse"));
   ParsingErrorLocation where;

@@ -8,6 +8,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <tessera/time/Time.h>
@@ -45,6 +46,11 @@ inline std::uint64_t TicksOf(const Tessera::Time& time) {
   return Join(value);
 }
 
+// The ticks and whether the kind is local, to compare both in one check.
+inline std::pair<std::uint64_t, bool> Word(const Tessera::Time& time) { return {TicksOf(time), time.IsLocal()}; }
+inline std::pair<std::uint64_t, bool> Utc(std::uint64_t ticks) { return {ticks, false}; }
+inline std::pair<std::uint64_t, bool> Local(std::uint64_t ticks) { return {ticks, true}; }
+
 using Parse = bool (Tessera::Time::*)(const std::string&);
 
 // Unix milliseconds of what `parse` reads (always UTC), or `refused`.
@@ -52,7 +58,7 @@ inline std::int64_t Parsed(Parse parse, const std::string& text) {
   const Tessera::Time before(std::int64_t{-86400}, Tessera::TimeKind::Local);
   Tessera::Time time = before;
   if (!(time.*parse)(text)) {
-    EXPECT_TRUE(TicksOf(time) == TicksOf(before) && time.IsLocal()) << "changed by " << text;
+    EXPECT_EQ(Word(time), Word(before)) << "changed by " << text;
     return refused;
   }
   EXPECT_TRUE(time.IsUtc()) << text;
