@@ -25,14 +25,6 @@ std::vector<std::basic_string<C>> Rest(BasicStringTokenizer<C>& tokenizer) {
   return tokens;
 }
 
-template <class C>
-std::vector<std::basic_string<C>> Split(const std::basic_string<C>& text, const C* delimiter,
-                                        DelimitMode mode) {
-  BasicStringTokenizer<C> tokenizer(text.data(), static_cast<unsigned int>(text.size()), delimiter,
-                                    mode);
-  return Rest(tokenizer);
-}
-
 // Next's token, or "-" when it finds none; `args` go to Next behind the token and length.
 template <class... Args>
 std::string NextToken(Tokenizer& tokenizer, Args... args) {
@@ -56,11 +48,13 @@ class Angle : public Tokenizer::Delimiter {
 // (StringTokenizerFuzz) against a reference splitter; here what needs a locale or a call
 // sequence.
 TEST(StringTokenizer, WideWhiteSpaceFollowsTheLocale) {
-  const std::u16string wide = u"a\u3000b c";
-  EXPECT_EQ(Split(wide, u"", DelimitModeAnyOf), (WideStrings{u"a\u3000b", u"c"}));
+  BasicStringTokenizer<char16_t> classic(u"a\u3000b c", npos, u"", DelimitModeAnyOf);
+  EXPECT_EQ(Rest(classic), (WideStrings{u"a\u3000b", u"c"}));
   REQUIRE_LOCALE(scope, "C.UTF-8");
-  EXPECT_EQ(Split(wide, u"", DelimitModeAnyOf), (WideStrings{u"a", u"b", u"c"}));
-  EXPECT_EQ(Split(wide, u"", DelimitModeNoneOf), (WideStrings{u"\u3000", u" "}));
+  BasicStringTokenizer<char16_t> any(u"a\u3000b c", npos, u"", DelimitModeAnyOf), none(any);
+  EXPECT_EQ(Rest(any), (WideStrings{u"a", u"b", u"c"}));
+  none.SetDelimiter(u"", DelimitModeNoneOf);
+  EXPECT_EQ(Rest(none), (WideStrings{u"\u3000", u" "}));
 }
 
 TEST(StringTokenizer, NextLeavesTrailingDelimitersAndKeepsItsSettings) {
