@@ -5,7 +5,6 @@
 #include <cstring>
 #include <memory>
 #include <sstream>
-#include <type_traits>
 
 namespace Tessera {
 namespace {
@@ -38,20 +37,12 @@ void ExpectCaughtAs() {
   }
 }
 
-static_assert(std::is_base_of_v<TextProcessingError, ParsingError> &&
-                  std::is_base_of_v<Plaint::RuntimeError, TextConversionError> &&
-                  std::is_base_of_v<std::runtime_error, TextConversionError> &&
-                  std::is_base_of_v<std::out_of_range, Plaint::OutOfRange> &&
-                  std::is_base_of_v<std::logic_error, Plaint::InvalidArgument> &&
-                  std::is_base_of_v<std::bad_alloc, Plaint::BadAlloc> &&
-                  !std::is_base_of_v<Plaint::LogicError, Plaint::InvalidArgument>,
-              "each error has its standard base");
-
 TEST(Errors, CaughtThroughEveryBaseWithTheirDetails) {
   ExpectCaughtAs<ParsingError, TextProcessingError>();
   ExpectCaughtAs<TextConversionError, Plaint::Error>();
   ExpectCaughtAs<TextConversionError, std::exception>();
-  ExpectCaughtAs<Plaint::InvalidArgument, std::logic_error>();
+  ExpectCaughtAs<Plaint::InvalidArgument, std::invalid_argument>();
+  ExpectCaughtAs<Plaint::OutOfRange, std::out_of_range>();
 }
 
 TEST(Errors, CloneRethrowAndAssignKeepClassAndDetails) {
@@ -102,18 +93,14 @@ TEST(ParsingErrorLocation, RendersLineColumnAndMarkerByte) {
   };
   EXPECT_EQ(render(0, 0, "", 0) + "|" + render(0, 12, "", 0), "|(?, 12) ");
   EXPECT_EQ(render(3, 0, "ab", 1), "(3, ?) a\xBB" "b");  // the Latin-1 byte: kept for compatibility
-
+  // The same text where an error carrying it is written out.
   ParsingError error("syntax error", PLAINT_CONTEXT("Client::Parse"));
   ParsingErrorLocation where;
   where.SetTextPosition("key = = value", 0xFFFFFFFFu, 6);
   Plaint::AddInfo<ErrorInfo_ParsingErrorLocation>(error, where);
-  try {
-    throw error;
-  } catch (const Plaint::Error& e) {
-    std::ostringstream out;
-    out << e;
-    EXPECT_NE(out.str().find("key = \xBB= value"), std::string::npos);
-  }
+  std::ostringstream out;
+  out << static_cast<const Plaint::Error&>(error);
+  EXPECT_NE(out.str().find("key = \xBB= value"), std::string::npos) << out.str();
 }
 
 }  // namespace
