@@ -46,7 +46,7 @@ class TESSERA_API Lock {
 template <class LockType>
 class Guard {
  public:
-  explicit Guard(LockType& lock) : lock(&lock), held(true) { lock.Acquire(); }
+  explicit Guard(LockType& target) : lock(&target), held(true) { target.Acquire(); }
   ~Guard() {
     if (held) lock->Release();
   }

@@ -209,7 +209,12 @@ class TESSERA_API fixed {
   static constexpr std::int32_t Wrap(std::uint64_t value) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
   }
-  static constexpr std::int32_t FromInt(std::uint32_t value) { return Wrap(value * 1000000u); }
+  // Any integer operand, converted to 32 bits as the C conversions do (sign-extended or
+  // cut), then scaled.
+  template <class Integer>
+  static constexpr std::int32_t FromInt(Integer value) {
+    return Wrap(static_cast<std::uint32_t>(value) * 1000000u);
+  }
   // Truncation toward zero to 32 bits; anything that does not fit gives 0x80000000.
   static std::int32_t Truncate(double value) {
     if (!(value > -2147483649.0 && value < 2147483648.0)) return INT32_MIN;
