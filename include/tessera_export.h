@@ -4,6 +4,10 @@
 #ifndef TESSERA_EXPORT_H
 #define TESSERA_EXPORT_H
 
+#if __cplusplus < 201703L
+#error "Tessera needs C++17 or later: compile with -std=c++17 or a newer standard"
+#endif
+
 #define TESSERA_API __attribute__((visibility("default")))
 
 #endif
