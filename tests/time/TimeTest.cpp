@@ -125,6 +125,15 @@ TEST(Time, KindsRelabelOrConvertByTheZoneInForce) {
   EXPECT_EQ(TicksOf(atNoon.AsLocal()), noon2008 + hour);
 }
 
+TEST(Time, ComparisonsAreOfMomentsWhateverTheKind) {
+  ZoneGuard zone(zoneWest0530);
+  const Time atNoon(Split(noon2008), utc), sameMoment = atNoon.AsLocal(), later(Split(noon2008 + 1), utc);
+  EXPECT_EQ(std::make_tuple(atNoon == sameMoment, atNoon != sameMoment, atNoon < later, later > sameMoment),
+            std::make_tuple(true, false, true, true));
+  EXPECT_EQ(std::make_tuple(sameMoment <= atNoon, sameMoment >= later, Time(Split(noon2008), local) > atNoon),
+            std::make_tuple(true, false, true));  // 12:00 at -05:30 is 17:30 UTC
+}
+
 TEST(Time, ArithmeticKeepsTheKindAndWrapsAt63Bits) {
   for (const TimeKind kind : {utc, local}) {
     Time time(0, kind);

@@ -199,6 +199,16 @@ TESSERA_API void FileTimeToUnixTime(const Win32::FILETIME& value, std::int64_t& 
 // tv_sec as above (low 32 bits); tv_usec the remaining ticks over 10.
 TESSERA_API void FileTimeToUnixTime(const Win32::FILETIME& value, ::timeval& out);
 
+// Conveniences beside the ported API: Time values compare as moments, by the same rule as
+// operator-. A local value is taken to UTC by the zone offset in force at the call, and the
+// kind takes no part, so a UTC value and a local value of the same moment are equal.
+inline bool operator==(const Time& a, const Time& b) { return (a - b).GetTicks() == 0; }
+inline bool operator!=(const Time& a, const Time& b) { return (a - b).GetTicks() != 0; }
+inline bool operator<(const Time& a, const Time& b) { return (a - b).GetTicks() < 0; }
+inline bool operator<=(const Time& a, const Time& b) { return (a - b).GetTicks() <= 0; }
+inline bool operator>(const Time& a, const Time& b) { return (a - b).GetTicks() > 0; }
+inline bool operator>=(const Time& a, const Time& b) { return (a - b).GetTicks() >= 0; }
+
 }  // namespace Tessera
 
 #endif  // TESSERA_TIME_TIME_H
