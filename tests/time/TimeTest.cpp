@@ -90,18 +90,16 @@ TEST(Time, CalendarConstructorsThrowWithTheWin32Code) {
   EXPECT_EQ(Word(Time(2008, 11, 12, 12, 0, 0, 0, local)), Local(noon2008));
 }
 
+// The conversions themselves are the stand-in's (ClockTest); here a local value's own ticks.
 TEST(Time, RenderersUseTheStoredTicks) {
   const Time time(2008, 11, 12, 12, 34, 56, 789, local);
   Win32::SYSTEMTIME s;
+  std::tm t{};
   time.Render(s);
+  time.Render(t);
   EXPECT_EQ(std::make_tuple(s.wYear, s.wMonth, s.wDayOfWeek, s.wDay, s.wHour, s.wMinute, s.wSecond, s.wMilliseconds),
             std::make_tuple(2008, 11, 3, 12, 12, 34, 56, 789));
-  std::tm t{};
-  time.Render(t);
-  EXPECT_EQ(std::make_tuple(t.tm_year, t.tm_mon, t.tm_mday, t.tm_hour, t.tm_min, t.tm_sec, t.tm_wday, t.tm_yday),
-            std::make_tuple(108, 10, 12, 12, 34, 56, 3, 316));
-  Time(1969, 12, 31, 23, 59, 59, 0, utc).Render(t);  // wrapped seconds: every field -1
-  EXPECT_EQ(std::make_pair(t.tm_year, t.tm_mday), std::make_pair(-1, -1));
+  EXPECT_EQ(std::make_tuple(t.tm_year, t.tm_mday, t.tm_hour, t.tm_yday), std::make_tuple(108, 12, 12, 316));
 }
 
 TEST(Time, KindsRelabelOrConvertByTheZoneInForce) {
