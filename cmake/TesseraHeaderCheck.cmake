@@ -1,6 +1,6 @@
 # Every public header compiled alone, the way a client includes it: the include folder as an
 # ordinary (not a system) path, strict warnings as errors, in each standard a client may use.
-# Built with the tests, and with the fuzzers, so that both compilers of CI check it.
+# Built with the plain tests and with the fuzzers, so that both compilers of CI check it.
 set(TESSERA_CLIENT_WARNINGS -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion
     -Wold-style-cast -Wnon-virtual-dtor -Werror)
 
