@@ -8,6 +8,7 @@ int main() {
   std::cout << "Tessera tour\n";
   Tour::ShowFrame();
   Tour::ShowMemory();
+  Tour::ShowEvents();
   Tour::ShowText();
   Tour::ShowTime();
   Tour::ShowNumerics();

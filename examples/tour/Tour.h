@@ -10,6 +10,7 @@ inline void Heading(const char* title) { std::cout << "\n== " << title << " ==\n
 
 void ShowFrame();
 void ShowMemory();
+void ShowEvents();
 void ShowText();
 void ShowTime();
 void ShowNumerics();

@@ -3,6 +3,8 @@
 #ifndef SKEIN_LOCK_H
 #define SKEIN_LOCK_H
 
+#include <sys/single_threaded.h>
+
 #include <atomic>
 
 #include <tessera_export.h>
@@ -20,6 +22,12 @@ class TESSERA_API Lock {
 
   // Blocks until the lock is held.
   void Acquire() {
+    // While the process has one thread nobody can hold or want the lock, so plain stores
+    // do; a thread can only start from this one, and thread creation orders the two.
+    if (__libc_single_threaded) {
+      state_.store(kHeld, std::memory_order_relaxed);
+      return;
+    }
     int expected = kFree;
     if (!state_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire,
                                         std::memory_order_relaxed))
@@ -27,6 +35,10 @@ class TESSERA_API Lock {
   }
 
   void Release() {
+    if (__libc_single_threaded) {
+      state_.store(kFree, std::memory_order_relaxed);
+      return;
+    }
     if (state_.exchange(kFree, std::memory_order_release) == kHeldWithWaiters) WakeOne();
   }
 

@@ -6,8 +6,10 @@
 #ifndef SKEIN_WAITABLE_H
 #define SKEIN_WAITABLE_H
 
+#include <atomic>
 #include <cstdint>
 
+#include <skein/Lock.h>
 #include <tessera_export.h>
 
 namespace Skein {
@@ -45,6 +47,7 @@ class TESSERA_API Waitable {
 // An event that is set and reset explicitly or by its own waits.
 class TESSERA_API WaitableEvent : public Waitable {
  public:
+  // Setting a set manual event and resetting a reset one make no system call.
   void Set();
   void Reset();
 
@@ -53,8 +56,18 @@ class TESSERA_API WaitableEvent : public Waitable {
   void Wait() { Wait(infinite, nullptr); }
 
  protected:
-  // Makes the eventfd; throws Plaint::RuntimeError if the system refuses.
-  WaitableEvent(bool initialState, const char* function);
+  // Makes the eventfd; throws Plaint::RuntimeError if the system refuses. A manual event
+  // mirrors its state in memory; an auto event's state lives in the descriptor alone, since
+  // waits and other parties (a timer thread writing to it) change it there.
+  WaitableEvent(bool initialState, bool manual, const char* function);
+
+ private:
+  void Signal();
+  void Unsignal();
+
+  const bool manual_;
+  std::atomic<bool> set_;  // manual events: the descriptor's state, changed under mirrorLock_
+  Lock mirrorLock_;
 };
 
 // Stays signalled until Reset: every waiter passes.

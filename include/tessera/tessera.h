@@ -6,6 +6,10 @@
 #include <skein/Lock.h>
 #include <skein/Thread.h>
 #include <skein/Waitable.h>
+#include <tessera/events/Event.h>
+#include <tessera/events/EventDispatch.h>
+#include <tessera/events/EventQueue.h>
+#include <tessera/events/Win32EventDispatch.h>
 #include <tessera/frame/Errors.h>
 #include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
@@ -28,5 +32,6 @@
 #include <tessera/win32/Clock.h>
 #include <tessera/win32/LastError.h>
 #include <tessera/win32/Loader.h>
+#include <tessera/win32/Window.h>
 
 #endif  // TESSERA_TESSERA_H

@@ -69,8 +69,8 @@ bool Waitable::Wait(std::uint64_t timeout, std::uint64_t* remaining) {
   }
 }
 
-WaitableEvent::WaitableEvent(bool initialState, const char* function)
-    : Waitable(eventfd(initialState ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+WaitableEvent::WaitableEvent(bool initialState, bool manual, const char* function)
+    : Waitable(eventfd(initialState ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK)), manual_(manual), set_(initialState) {
   if (GetHandle() < 0) {
     const int error = errno;
     throw Plaint::RuntimeError(std::string("unable to create event: ") + std::strerror(error),
@@ -79,23 +79,42 @@ WaitableEvent::WaitableEvent(bool initialState, const char* function)
 }
 
 void WaitableEvent::Set() {
+  if (!manual_) return Signal();
+  // Queues set their event on every step from empty: most of those find it set already.
+  if (set_.load(std::memory_order_acquire)) return;
+  Guard<Lock> guard(mirrorLock_);
+  if (set_.load(std::memory_order_relaxed)) return;
+  Signal();
+  set_.store(true, std::memory_order_release);
+}
+
+void WaitableEvent::Reset() {
+  if (!manual_) return Unsignal();
+  if (!set_.load(std::memory_order_acquire)) return;
+  Guard<Lock> guard(mirrorLock_);
+  if (!set_.load(std::memory_order_relaxed)) return;
+  Unsignal();
+  set_.store(false, std::memory_order_release);
+}
+
+void WaitableEvent::Signal() {
   const std::uint64_t one = 1;
   while (write(GetHandle(), &one, sizeof one) < 0 && errno == EINTR) {
   }
 }
 
-void WaitableEvent::Reset() {
+void WaitableEvent::Unsignal() {
   std::uint64_t count = 0;
   while (read(GetHandle(), &count, sizeof count) < 0 && errno == EINTR) {
   }
 }
 
-ManualEvent::ManualEvent(bool initialState) : WaitableEvent(initialState, "Skein::ManualEvent::ManualEvent") {}
+ManualEvent::ManualEvent(bool initialState) : WaitableEvent(initialState, true, "Skein::ManualEvent::ManualEvent") {}
 ManualEvent::~ManualEvent() = default;
 
 bool ManualEvent::Consume() { return true; }
 
-AutoEvent::AutoEvent(bool initialState) : WaitableEvent(initialState, "Skein::AutoEvent::AutoEvent") {}
+AutoEvent::AutoEvent(bool initialState) : WaitableEvent(initialState, false, "Skein::AutoEvent::AutoEvent") {}
 AutoEvent::~AutoEvent() = default;
 
 bool AutoEvent::Consume() {
