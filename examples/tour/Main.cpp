@@ -11,6 +11,7 @@ int main() {
   Tour::ShowEvents();
   Tour::ShowText();
   Tour::ShowTime();
+  Tour::ShowTimers();
   Tour::ShowNumerics();
   Tessera::Shutdown();
   return 0;

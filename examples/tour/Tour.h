@@ -13,6 +13,7 @@ void ShowMemory();
 void ShowEvents();
 void ShowText();
 void ShowTime();
+void ShowTimers();
 void ShowNumerics();
 
 }  // namespace Tour

@@ -3,8 +3,10 @@
 #define TESSERA_TESSERA_H
 
 #include <plaint/Error.h>
+#include <skein/EventDispatcher.h>
 #include <skein/Lock.h>
 #include <skein/Thread.h>
+#include <skein/Timer.h>
 #include <skein/Waitable.h>
 #include <tessera/events/Event.h>
 #include <tessera/events/EventDispatch.h>
@@ -29,9 +31,14 @@
 #include <tessera/time/StopWatch.h>
 #include <tessera/time/Time.h>
 #include <tessera/time/TimeSpan.h>
+#include <tessera/timers/EventTimerService.h>
+#include <tessera/timers/Timer.h>
+#include <tessera/timers/WinMMTimerService.h>
+#include <tessera/timers/WindowTimerService.h>
 #include <tessera/win32/Clock.h>
 #include <tessera/win32/LastError.h>
 #include <tessera/win32/Loader.h>
+#include <tessera/win32/MultimediaTimer.h>
 #include <tessera/win32/Window.h>
 
 #endif  // TESSERA_TESSERA_H

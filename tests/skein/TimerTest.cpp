@@ -1,0 +1,83 @@
+#include <skein/EventDispatcher.h>
+#include <skein/Thread.h>
+#include <skein/Timer.h>
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <thread>
+
+namespace Skein {
+namespace {
+
+void Pause(int milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
+
+// Counts calls once `action` has run; notes the last argument and thread.
+struct Recorder : EventObserver {
+  void HandleSignal(void* argument) override {
+    last = argument;
+    thread = Thread::GetSelfId();
+    inside = true;
+    if (action) action(argument);
+    inside = false;
+    ++calls;
+  }
+  std::function<void(void*)> action;
+  std::atomic<int> calls{0};
+  std::atomic<bool> inside{false};
+  std::atomic<void*> last{nullptr};
+  std::atomic<std::uint32_t> thread{0};
+};
+
+TEST(EpollDispatcher, RegistrationChangesFromInsideACall) {
+  EpollDispatcher dispatcher;
+  AutoEvent self(false), other(false), added(false);
+  Recorder recorder;
+  // Whichever of the two comes first unregisters both and registers a third, all from the
+  // dispatcher's own thread: the other is never called, even if epoll has reported it.
+  recorder.action = [&](void* argument) {
+    if (argument == &added) return;
+    dispatcher.UnregisterWaitable(self);
+    dispatcher.UnregisterWaitable(other);
+    dispatcher.UnregisterWaitable(other);  // no longer registered: harmless
+    dispatcher.RegisterWaitable(added, &recorder);
+    added.Set();
+  };
+  dispatcher.RegisterWaitable(self, &recorder);
+  dispatcher.RegisterWaitable(other, &recorder);
+  self.Set();
+  other.Set();
+  for (int waited = 0; waited < 5000 && recorder.calls < 2; ++waited) Pause(1);
+  Pause(20);
+  EXPECT_EQ(recorder.calls, 2);
+  EXPECT_EQ(recorder.last, static_cast<void*>(&added));
+  EXPECT_EQ(recorder.thread, dispatcher.GetThreadId());
+  EXPECT_FALSE(added.Wait(0, nullptr));  // the call took the signal
+}
+
+// Unregistering from another thread is checked through the timers' Stop.
+TEST(EpollDispatcher, DestructionWaitsForTheCallInProgress) {
+  Recorder recorder;
+  recorder.action = [](void*) { Pause(10); };
+  Timer timer;
+  const Tessera::TimeSpan period(10000);
+  timer.Start(Tessera::TimeSpan(0), &period);  // a zero delay fires at once
+  { EpollDispatcher idle; }
+  {
+    EpollDispatcher busy;
+    busy.RegisterWaitable(timer, &recorder);
+    while (!recorder.inside) std::this_thread::yield();
+  }
+  EXPECT_FALSE(recorder.inside);
+  const int calls = recorder.calls;
+  EXPECT_GE(calls, 1);
+  Pause(20);
+  EXPECT_EQ(recorder.calls, calls);
+  timer.Stop();
+  EXPECT_FALSE(timer.Wait(0, nullptr));  // Stop dropped the signal not yet taken
+}
+
+}  // namespace
+}  // namespace Skein
