@@ -4,7 +4,7 @@
 set -euo pipefail
 
 TESSERA_PACKAGES=(cmake g++ clang make pkg-config libboost-dev libgtest-dev libbenchmark-dev
-                  libicu-dev libpoco-dev locales)
+                  libicu-dev libpoco-dev liburiparser-dev locales)
 
 tessera_missing_packages() {
   local missing=()

@@ -10,9 +10,11 @@ int main() {
   Tour::ShowMemory();
   Tour::ShowEvents();
   Tour::ShowText();
+  Tour::ShowCharsets();
   Tour::ShowTime();
   Tour::ShowTimers();
   Tour::ShowNumerics();
+  Tour::ShowInternet();
   Tessera::Shutdown();
   return 0;
 }

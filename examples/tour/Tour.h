@@ -12,9 +12,11 @@ void ShowFrame();
 void ShowMemory();
 void ShowEvents();
 void ShowText();
+void ShowCharsets();
 void ShowTime();
 void ShowTimers();
 void ShowNumerics();
+void ShowInternet();
 
 }  // namespace Tour
 

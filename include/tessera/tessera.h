@@ -15,6 +15,12 @@
 #include <tessera/frame/Errors.h>
 #include <tessera/frame/Library.h>
 #include <tessera/frame/StaticInitialize.h>
+#include <tessera/internet/Base64.h>
+#include <tessera/internet/Mime.h>
+#include <tessera/internet/MimeDecode.h>
+#include <tessera/internet/Properties.h>
+#include <tessera/internet/Uri.h>
+#include <tessera/internet/UriText.h>
 #include <tessera/memory/BitReader.h>
 #include <tessera/memory/BitWriter.h>
 #include <tessera/memory/Buffer.h>
@@ -23,8 +29,10 @@
 #include <tessera/numerics/Mt19937.h>
 #include <tessera/platform/Module.h>
 #include <tessera/platform/SystemInfo.h>
+#include <tessera/text/IConv.h>
 #include <tessera/text/StringTokenizer.h>
 #include <tessera/text/TextCompare.h>
+#include <tessera/text/TextConv.h>
 #include <tessera/text/TextFormatNumber.h>
 #include <tessera/text/TextNumeric.h>
 #include <tessera/text/Utf8.h>
@@ -36,6 +44,7 @@
 #include <tessera/timers/WinMMTimerService.h>
 #include <tessera/timers/WindowTimerService.h>
 #include <tessera/win32/Clock.h>
+#include <tessera/win32/CodePage.h>
 #include <tessera/win32/LastError.h>
 #include <tessera/win32/Loader.h>
 #include <tessera/win32/MultimediaTimer.h>

@@ -4,12 +4,11 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "tessera/memory/BufferPoolImpl.h"
+#include <tessera/memory/Buffer.h>
 
 namespace Tessera {
 namespace {
@@ -26,109 +25,71 @@ struct Sized : Event {
 };
 
 boost::shared_ptr<Event> Make(std::uint32_t number) { return boost::shared_ptr<Event>(new Event(number)); }
-
 std::uint32_t Number(const boost::shared_ptr<Event>& event) { return event ? event->GetId().GetNumber() : 0xDEADu; }
 
-TEST(EventId, NumbersAndTextsCompareByKindAndChars) {
-  const EventId five(5), text5("5", 1, false), empty("", 0, true), ab("ab", 2, true), abc(std::string("abc"));
-  EXPECT_TRUE(five == 5u);
-  EXPECT_FALSE(five == text5);
-  EXPECT_FALSE(five == "5");
-  EXPECT_TRUE(text5 == "5");
-  EXPECT_FALSE(text5 == 5u);
-  EXPECT_TRUE(empty == "");
-  EXPECT_FALSE(empty == 0u);
-  EXPECT_FALSE(empty == EventId(0u));
-  EXPECT_FALSE(ab == abc);
-  EXPECT_FALSE(ab == "abc");
-  EXPECT_FALSE(EventId("AB", 2, true) == ab);
-  EXPECT_TRUE(EventId("ab", 0xFFFFFFFFu, false) == ab);  // static and owned alike
-  EXPECT_TRUE(abc == std::string("abc"));
-  EXPECT_TRUE(EventId(0xFFFFFFFFu) == 0xFFFFFFFFu);
-}
-
-TEST(EventId, OwnedTextsAreCopiedStaticTextsShared) {
-  char buffer[] = "shared";
-  const EventId borrowed(buffer, 0xFFFFFFFFu, true);
-  const EventId owned(buffer, 0xFFFFFFFFu, false);
-  EXPECT_EQ(borrowed.GetText(), buffer);
-  EXPECT_EQ(borrowed.GetLength(), 6u);
-  EXPECT_TRUE(borrowed.IsStatic());
-  EXPECT_NE(owned.GetText(), buffer);
-  EXPECT_EQ(EventId(borrowed).GetText(), buffer);
+TEST(EventId, ComparesByKindAndCharsAndCopiesOwnedTexts) {
+  char buffer[] = "ab";
+  const EventId five(5), text5("5", 1, false), empty("", 0, true), ab(buffer, 0xFFFFFFFFu, true);
+  const EventId abOwned(std::string("ab")), abc("abc", 3, false), AB("AB", 2, true);
+  const bool equal[] = {five == 5u, text5 == "5", empty == "", ab == abOwned, abc == std::string("abc")};
+  const bool unequal[] = {five == text5, five == "5", text5 == 5u, empty == 0u, empty == EventId(0u), ab == abc,
+                          ab == "abc", AB == ab};
+  for (bool b : equal) EXPECT_TRUE(b);
+  for (bool b : unequal) EXPECT_FALSE(b);
+  EXPECT_EQ(ab.GetText(), buffer);  // static: borrowed, and so are its copies
+  EXPECT_EQ(EventId(ab).GetText(), buffer);
+  EXPECT_EQ(ab.GetLength(), 2u);
   EventId copy(5);
   {
     EventId source(std::string("gone soon"));
     copy = source;
     EXPECT_NE(copy.GetText(), source.GetText());
   }
-  EXPECT_STREQ(copy.GetText(), "gone soon");
   copy = *&copy;
   EXPECT_STREQ(copy.GetText(), "gone soon");
-  copy = EventId(7);
-  EXPECT_TRUE(copy == 7u);
 }
 
 TEST(Event, SmallEventsComeFromThePoolLargerOnesFromTheHeap) {
-  static_assert(Event::pooledSizeLimit == 10 * sizeof(void*), "ten pointer widths");
-  // The pool's blocks are last in, first out: a pooled event reuses the block just freed.
-  void* first = new Sized<Event::pooledSizeLimit>;
-  delete static_cast<Sized<Event::pooledSizeLimit>*>(first);
-  auto* second = new Sized<Event::pooledSizeLimit>;
+  constexpr std::size_t limit = Event::pooledSizeLimit;
+  static_assert(limit == 10 * sizeof(void*), "ten pointer widths");
+  // Last in, first out: a pooled event reuses the block just freed.
+  void* first = new Sized<limit>;
+  delete static_cast<Sized<limit>*>(first);
+  auto* second = new Sized<limit>;
   EXPECT_EQ(static_cast<void*>(second), first);
-  const Buffer::Data* header = static_cast<const Buffer::Data*>(static_cast<void*>(second)) - 1;
-  EXPECT_EQ(header->size, Event::pooledSizeLimit);
-  EXPECT_EQ(header->refCount, 1u);
+  const Buffer::Data& header = static_cast<const Buffer::Data*>(static_cast<void*>(second))[-1];
+  EXPECT_EQ(header.size, limit);
+  EXPECT_NE(header.pool.load(), nullptr);
   delete second;
-  auto* large = new Sized<Event::pooledSizeLimit + 8>;  // from the heap, and back there
-  delete large;
-
-  // Threads racing to their first event share one pool.
-  std::vector<std::thread> threads;
-  std::vector<void*> blocks(4);
-  for (int t = 0; t < 4; ++t) threads.emplace_back([&blocks, t] { blocks[t] = new Event(1u); });
-  for (auto& thread : threads) thread.join();
-  for (void* block : blocks) {
-    EXPECT_NE(static_cast<Buffer::Data*>(block)[-1].pool.load(), nullptr);
-    delete static_cast<Event*>(block);
-  }
+  delete new Sized<limit + 8>;  // from the heap and back there (ASan checks the pairing)
 }
 
 TEST(EventList, LinksFirstInFirstOutAndKeepsPulledLinks) {
   EventListImpl list;
   auto a = Make(1), b = Make(2);
-  list.PostEvent(a);
-  list.PostEvent(b);
-  list.PostEvent(a);  // still linked: left out
-  list.PostEvent(nullptr);
-  auto pulled = list.PullEvent();
-  EXPECT_EQ(pulled, a);
+  for (const auto& event : {a, b, a, boost::shared_ptr<Event>()}) list.PostEvent(event);  // a once
+  EXPECT_EQ(list.PullEvent(), a);
   list.PostEvent(a);  // still holds its follower: left out
   EXPECT_EQ(list.PullEvent(), b);
-  EXPECT_TRUE(list.IsEmpty());
   list.PostEvent(b);  // came out last, so it is free again
   EXPECT_EQ(list.PullEvent(), b);
   EXPECT_EQ(list.PullEvent(), nullptr);
 }
 
 TEST(EventQueue, PullsInOrderWithTimeOutsInWholeMilliseconds) {
-  EventQueue queue;
-  EventQueue copy = queue;
+  EventQueue queue, copy = queue;
   for (std::uint32_t n = 1; n <= 3; ++n) copy.PostEvent(Make(n));
   EXPECT_EQ(Number(queue.PullEvent(TimeSpan(0))), 1u);
   EXPECT_EQ(Number(queue.PullEvent()), 2u);
   EXPECT_EQ(Number(queue.PullEvent(TimeSpan(-9999))), 3u);
   // Below a millisecond of either sign is one try; from one millisecond on, a real wait.
-  for (std::int64_t ticks : {0LL, 9999LL, -9999LL}) {
+  for (std::int64_t ticks : {0LL, 9999LL, -9999LL, 10000LL}) {
     const auto start = std::chrono::steady_clock::now();
     EXPECT_EQ(queue.PullEvent(TimeSpan(ticks)), nullptr);
-    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1)) << ticks;
+    const auto spent = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(ticks != 10000 || spent >= std::chrono::milliseconds(1));
   }
-  const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(queue.PullEvent(TimeSpan(10000)), nullptr);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1));
-
-  // An event that comes while a puller waits wakes it; a null post wakes it for nothing.
+  // A waiting puller wakes for an event; a null post wakes it for nothing and it waits on.
   std::thread poster([copy]() mutable {
     copy.PostEvent(nullptr);
     copy.PostEvent(Make(9));
@@ -141,7 +102,6 @@ TEST(EventQueue, ProducersAndPullersLoseNothingAndKeepEachProducersOrder) {
   constexpr std::uint32_t kProducers = 4, kEach = 100000;
   EventQueue queue;
   std::atomic<std::uint32_t> received{0};
-  std::vector<std::vector<std::uint32_t>> seen(2, std::vector<std::uint32_t>(kProducers, 0));
   std::atomic<bool> ordered{true};
   std::vector<std::thread> threads;
   for (std::uint32_t p = 0; p < kProducers; ++p)
@@ -149,21 +109,20 @@ TEST(EventQueue, ProducersAndPullersLoseNothingAndKeepEachProducersOrder) {
       for (std::uint32_t n = 1; n <= kEach; ++n) queue.PostEvent(boost::shared_ptr<Event>(new Numbered(p, n)));
     });
   for (int puller = 0; puller < 2; ++puller)
-    threads.emplace_back([&, puller] {
+    threads.emplace_back([&] {
+      std::vector<std::uint32_t> last(kProducers, 0);
       while (received.load() < kProducers * kEach) {
         auto event = queue.PullEvent(TimeSpan(50000));
         if (!event) continue;
         const auto& numbered = static_cast<const Numbered&>(*event);
-        std::uint32_t& last = seen[puller][numbered.GetId().GetNumber()];
-        if (numbered.serial <= last) ordered = false;
-        last = numbered.serial;
+        if (numbered.serial <= last[numbered.GetId().GetNumber()]) ordered = false;
+        last[numbered.GetId().GetNumber()] = numbered.serial;
         received.fetch_add(1);
       }
     });
   for (auto& thread : threads) thread.join();
   EXPECT_EQ(received.load(), kProducers * kEach);
   EXPECT_TRUE(ordered.load());
-  EXPECT_EQ(queue.PullEvent(TimeSpan(0)), nullptr);
 }
 
 TEST(EventQueue, LongChainsDieWithoutDeepRecursion) {

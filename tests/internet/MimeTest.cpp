@@ -1,0 +1,87 @@
+#include <tessera/internet/Mime.h>
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace Tessera {
+namespace {
+
+std::string Pairs(const Properties& p) {
+  std::string text;
+  for (unsigned int i = 0; i < p.GetCount(); ++i) text += "[" + p.GetKey(i) + "=" + p.GetValue(i) + "]";
+  return text;
+}
+
+// The pairs read from `text`, then "@" and where the reading stopped.
+std::string Params(const std::string& text) {
+  BasicStringTokenizer<char> tokenizer(text.data(), static_cast<unsigned int>(text.size()), "", DelimitModeAnyOf);
+  Properties p(true);
+  p.Set("old", "1");
+  EXPECT_TRUE(MimeParseProperties(tokenizer, p) && !p.IsCaseless());
+  return Pairs(p) + "@" + std::to_string(tokenizer.GetPosition());
+}
+
+std::string MediaType(const char* text) {
+  std::string type = "t", subtype = "s";
+  Properties p;
+  p.Set("old", "1");
+  if (!MimeParseMediaType(text, npos, type, subtype, p)) return "false " + type + subtype + Pairs(p);
+  return type + "|" + subtype + "|" + Pairs(p);
+}
+
+TEST(Mime, TokensSpecialsAndQuotableTexts) {
+  std::string specials;
+  for (int c = 0; c < 256; ++c)
+    if (IsMimeTSpecial(static_cast<char>(c))) specials += static_cast<char>(c);
+  EXPECT_EQ(specials, "\"(),/:;<=>?@[\\]");
+  EXPECT_TRUE(IsMimeToken("a-b_c.d", npos) && IsMimeToken("\x7F!#", npos) && IsMimeToken("ab c", 2));
+  for (const char* bad : {"", "a b", "a\x80", "a\tb", "a=b"}) EXPECT_FALSE(IsMimeToken(bad, npos)) << bad;
+  EXPECT_TRUE(IsMimeQuotable("", 0) && IsMimeQuotable("a \"\t", npos) && IsMimeQuotable("a\rb", 1));
+  EXPECT_FALSE(IsMimeQuotable("a\rb", npos) || IsMimeQuotable("\n", npos));
+}
+
+TEST(Mime, ParametersAreWrittenAsTokensOrQuotedStrings) {
+  std::ostringstream out;
+  for (const std::string value : {"plain", "a b", "", "a\"b\\c", "\r\n;"}) {
+    MimeOutputParam(out, "n", npos, value.data(), static_cast<unsigned int>(value.size()));
+    out << ' ';
+  }
+  EXPECT_EQ(out.str(), "n=plain n=\"a b\" n=\"\" n=\"a\\\"b\\\\c\" n=\"\r\n;\" ");
+}
+
+TEST(Mime, ParameterReadingStopsAtTheFirstBrokenPair) {
+  const std::vector<std::pair<const char*, const char*>> cases = {
+      {"", "@0"},
+      {"a=", "@2"},
+      {"a=  ", "@2"},
+      {"a=b;c", "[a=b]@5"},
+      {"a=b; c=\"d", "[a=b]@7"},
+      {"k=\"a\\", "@2"},
+      {"a=;b=c", "[a=b=c]@6"},
+      {"=a==b", "[a=b]@5"},
+      {"a =b;==", "[a =b]@5"},
+      {"x=1;x=2;X=3", "[x=2][X=3]@11"},
+      {"k=\"a\\\"b\\\\\" \t;;m=v w=\"\"", "[k=a\"b\\][m=v][w=]@22"},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(Params(text), expected) << text;
+}
+
+TEST(Mime, MediaTypesWithQuotedAndBrokenParameters) {
+  const std::vector<std::pair<const char*, const char*>> cases = {
+      {"text/plain; charset=\"us-ascii\"; format=flowed", "text|plain|[charset=us-ascii][format=flowed]"},
+      {"text/plain", "text|plain|"},
+      {"multipart/mixed;boundary=\"a\\\"b\"", "multipart|mixed|[boundary=a\"b]"},
+      {" Text//HTML \t; ;a=1;b", " Text|HTML|[a=1]"},
+      {"a/b/c d=e", "a|b/c|[d=e]"},
+      {"a/b; c=\"unclosed", "a|b|"},
+  };
+  for (const auto& [text, expected] : cases) EXPECT_EQ(MediaType(text), expected) << text;
+  for (const char* bad : {"text", "text/", "/plain", "", "//"}) EXPECT_EQ(MediaType(bad), "false ts[old=1]") << bad;
+}
+
+}  // namespace
+}  // namespace Tessera
