@@ -53,33 +53,18 @@ TEST(Mime, ParametersAreWrittenAsTokensOrQuotedStrings) {
   EXPECT_EQ(out.str(), "n=plain n=\"a b\" n=\"\" n=\"a\\\"b\\\\c\" n=\"\r\n;\" ");
 }
 
-TEST(Mime, ParameterReadingStopsAtTheFirstBrokenPair) {
+// The fuzz target holds both readers to a step-by-step reference; these pin a few quirks.
+TEST(Mime, ReadingStopsAtTheFirstBrokenPairAndMediaTypesKeepTheirOutputsOnFailure) {
   const std::vector<std::pair<const char*, const char*>> cases = {
-      {"", "@0"},
-      {"a=", "@2"},
       {"a=  ", "@2"},
-      {"a=b;c", "[a=b]@5"},
       {"a=b; c=\"d", "[a=b]@7"},
-      {"k=\"a\\", "@2"},
-      {"a=;b=c", "[a=b=c]@6"},
       {"=a==b", "[a=b]@5"},
-      {"a =b;==", "[a =b]@5"},
       {"x=1;x=2;X=3", "[x=2][X=3]@11"},
       {"k=\"a\\\"b\\\\\" \t;;m=v w=\"\"", "[k=a\"b\\][m=v][w=]@22"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(Params(text), expected) << text;
-}
-
-TEST(Mime, MediaTypesWithQuotedAndBrokenParameters) {
-  const std::vector<std::pair<const char*, const char*>> cases = {
-      {"text/plain; charset=\"us-ascii\"; format=flowed", "text|plain|[charset=us-ascii][format=flowed]"},
-      {"text/plain", "text|plain|"},
-      {"multipart/mixed;boundary=\"a\\\"b\"", "multipart|mixed|[boundary=a\"b]"},
-      {" Text//HTML \t; ;a=1;b", " Text|HTML|[a=1]"},
-      {"a/b/c d=e", "a|b/c|[d=e]"},
-      {"a/b; c=\"unclosed", "a|b|"},
-  };
-  for (const auto& [text, expected] : cases) EXPECT_EQ(MediaType(text), expected) << text;
+  EXPECT_EQ(MediaType(" Text//HTML \t; ;a=1;b"), " Text|HTML|[a=1]");
+  EXPECT_EQ(MediaType("a/b/c d=e"), "a|b/c|[d=e]");
   for (const char* bad : {"text", "text/", "/plain", "", "//"}) EXPECT_EQ(MediaType(bad), "false ts[old=1]") << bad;
 }
 

