@@ -25,41 +25,67 @@ endif()
 set_property(GLOBAL PROPERTY TESSERA_AREAS "")
 set_property(GLOBAL PROPERTY TESSERA_AREA_LIBS "")
 
-# Subsystem folders, in the order of their dependencies.
+# The known areas, in the order of their dependencies; a folder of another name is an error.
 set(TESSERA_AREA_ORDER plaint frame win32 text time skein memory events timers internet numerics platform)
 
-# Adds <dir>/<area> for every area folder that exists.
-macro(tessera_add_area_folders dir)
-  foreach(area IN LISTS TESSERA_AREA_ORDER)
-    if(EXISTS ${dir}/${area}/CMakeLists.txt)
-      add_subdirectory(${dir}/${area} ${CMAKE_CURRENT_BINARY_DIR}/${area})
-    endif()
+function(tessera_check_area name)
+  if(NOT name IN_LIST TESSERA_AREA_ORDER)
+    message(FATAL_ERROR "Unknown area '${name}': add it to TESSERA_AREA_ORDER in cmake/TesseraAreas.cmake")
+  endif()
+endfunction()
+
+# tessera_add_area_folders(<roots...> [EXCEPT <folders...>])
+# Adds <root>/<area> for every area, in the order above. Every folder of a root with a
+# CMakeLists.txt must be a known area, and every area folder must have one, so that
+# nothing is skipped unnoticed.
+function(tessera_add_area_folders)
+  cmake_parse_arguments(ARG "" "" "EXCEPT" ${ARGN})
+  foreach(root IN LISTS ARG_UNPARSED_ARGUMENTS)
+    file(GLOB lists CONFIGURE_DEPENDS ${root}/*/CMakeLists.txt)
+    foreach(list IN LISTS lists)
+      get_filename_component(folder ${list} DIRECTORY)
+      get_filename_component(name ${folder} NAME)
+      if(NOT name IN_LIST ARG_EXCEPT)
+        tessera_check_area(${name})
+      endif()
+    endforeach()
   endforeach()
-endmacro()
+  foreach(area IN LISTS TESSERA_AREA_ORDER)
+    foreach(root IN LISTS ARG_UNPARSED_ARGUMENTS)
+      if(EXISTS ${root}/${area}/CMakeLists.txt)
+        add_subdirectory(${root}/${area})
+      elseif(IS_DIRECTORY ${root}/${area})
+        message(FATAL_ERROR "Area folder ${root}/${area} has no CMakeLists.txt")
+      endif()
+    endforeach()
+  endforeach()
+endfunction()
 
 # tessera_add_area(<name> SOURCES <files...> [LIBS <link items...>])
 function(tessera_add_area name)
   cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
-  set(target tessera_area_${name})
+  tessera_check_area(${name})
   if(NOT ARG_SOURCES)
-    return()  # a folder whose first source is still to come
+    message(FATAL_ERROR "Area '${name}' has no sources")
   endif()
+  set(target tessera_area_${name})
   add_library(${target} OBJECT ${ARG_SOURCES})
   target_include_directories(${target} PUBLIC
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
     $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
-  target_compile_definitions(${target} PRIVATE TESSERA_BUILDING_LIBRARY)
   target_link_libraries(${target} PUBLIC tessera_flags Boost::headers Threads::Threads ${ARG_LIBS})
   set_property(GLOBAL APPEND PROPERTY TESSERA_AREAS ${name})
   set_property(GLOBAL APPEND PROPERTY TESSERA_AREA_LIBS ${ARG_LIBS})
 endfunction()
 
-# Links the objects of the named areas (those that exist) into an executable.
+# Links the objects of the named areas into an executable.
 function(tessera_link_areas target)
   foreach(area IN LISTS ARGN)
-    if(TARGET tessera_area_${area})
-      target_link_libraries(${target} PRIVATE tessera_area_${area})
+    tessera_check_area(${area})
+    if(NOT TARGET tessera_area_${area})
+      message(FATAL_ERROR "${target} needs area '${area}', which has no sources yet")
     endif()
+    target_link_libraries(${target} PRIVATE tessera_area_${area})
   endforeach()
 endfunction()
 

@@ -1,5 +1,6 @@
 #include <tessera/tessera.h>
 
+#include <sstream>
 #include <string>
 
 #include "Tour.h"
@@ -33,6 +34,12 @@ void ShowFrame() {
     const auto* where = caught.GetInfo<Tessera::ErrorInfo_ParsingErrorLocation>();
     std::cout << "caught as TextProcessingError: " << caught.what() << " at line " << where->line
               << ", excerpt \"" << where->text << "\" position " << where->textPosition << '\n';
+    std::ostringstream rendered;
+    rendered << caught;
+    std::string shown = rendered.str();
+    const std::size_t mark = shown.find('\xBB');
+    if (mark != std::string::npos) shown.replace(mark, 1, "<0xBB>");
+    std::cout << "rendered, 0xBB at the position (kept for compatibility): " << shown << '\n';
   }
 
   timeval out{};

@@ -23,10 +23,10 @@ void ShowText() {
   std::cout << "UTF-8 round trip: " << wide.size() << " UTF-16 units, " << narrow.size() << " bytes: " << narrow
             << '\n';
   try {
-    TextWidenUtf8("ok\xC3", npos, wide);
+    TextWidenUtf8("ok\xFF", npos, wide);
   } catch (const TextConversionError& error) {
-    std::cout << "a cut sequence: " << error.what() << " (kept \"" << std::string(wide.begin(), wide.end())
-              << "\")\n";
+    std::cout << "0xFF at the end: " << error.what() << " (kept for compatibility; out \""
+              << std::string(wide.begin(), wide.end()) << "\")\n";
   }
 
   BasicStringTokenizer<char> tokens("  alpha, beta,,gamma ", ", ", DelimitModeAnyOf);

@@ -7,10 +7,12 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "tessera/detail/Calendar.h"
+
 inline std::uint64_t TicksOf(const Tessera::Time& time) {
   Win32::FILETIME value;
   time.Render(value);
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
+  return Win32::detail::Join(value);
 }
 
 inline void Check(bool condition) {

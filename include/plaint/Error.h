@@ -16,7 +16,7 @@
 #include <typeinfo>
 #include <vector>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Plaint {
 

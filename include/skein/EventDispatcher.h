@@ -10,7 +10,7 @@
 #include <memory>
 
 #include <skein/Waitable.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Skein {
 

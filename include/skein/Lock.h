@@ -7,7 +7,7 @@
 
 #include <atomic>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Skein {
 
@@ -58,7 +58,7 @@ class TESSERA_API Lock {
 template <class LockType>
 class Guard {
  public:
-  explicit Guard(LockType& lock) : lock(&lock), held(true) { lock.Acquire(); }
+  explicit Guard(LockType& target) : lock(&target), held(true) { target.Acquire(); }
   ~Guard() {
     if (held) lock->Release();
   }

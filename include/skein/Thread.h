@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Skein {
 

@@ -7,7 +7,7 @@
 #define SKEIN_TIMER_H
 
 #include <skein/Waitable.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/time/Time.h>
 #include <tessera/time/TimeSpan.h>
 

@@ -10,7 +10,7 @@
 #include <cstdint>
 
 #include <skein/Lock.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Skein {
 

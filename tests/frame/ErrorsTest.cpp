@@ -38,18 +38,11 @@ void ExpectCaughtAs() {
 }
 
 TEST(Errors, CaughtThroughEveryBaseWithTheirDetails) {
-  ExpectCaughtAs<ParsingError, ParsingError>();
   ExpectCaughtAs<ParsingError, TextProcessingError>();
-  ExpectCaughtAs<TextConversionError, Plaint::RuntimeError>();
   ExpectCaughtAs<TextConversionError, Plaint::Error>();
-  ExpectCaughtAs<TextConversionError, std::runtime_error>();
   ExpectCaughtAs<TextConversionError, std::exception>();
+  ExpectCaughtAs<Plaint::InvalidArgument, std::invalid_argument>();
   ExpectCaughtAs<Plaint::OutOfRange, std::out_of_range>();
-  ExpectCaughtAs<Plaint::InvalidArgument, std::logic_error>();
-  EXPECT_EQ(dynamic_cast<const Plaint::LogicError*>(&static_cast<const std::logic_error&>(
-                MakeWithDetails<Plaint::InvalidArgument>("x"))),
-            nullptr);
-  EXPECT_THROW(throw Plaint::BadAlloc(PLAINT_CONTEXT("f")), std::bad_alloc);
 }
 
 TEST(Errors, CloneRethrowAndAssignKeepClassAndDetails) {
@@ -98,21 +91,16 @@ TEST(ParsingErrorLocation, RendersLineColumnAndMarkerByte) {
     Plaint::RenderValue<ErrorInfo_ParsingErrorLocation>(out, location);
     return out.str();
   };
-  EXPECT_EQ(render(0, 0, "", 0), "");
-  EXPECT_EQ(render(3, 0, "ab", 1), "(3, ?) a\xBB" "b");
-  EXPECT_EQ(render(0, 12, "", 0), "(?, 12) ");
-
+  EXPECT_EQ(render(0, 0, "", 0) + "|" + render(0, 12, "", 0), "|(?, 12) ");
+  EXPECT_EQ(render(3, 0, "ab", 1), "(3, ?) a\xBB" "b");  // the Latin-1 byte: kept for compatibility
+  // The same text where an error carrying it is written out.
   ParsingError error("syntax error", PLAINT_CONTEXT("Client::Parse"));
   ParsingErrorLocation where;
   where.SetTextPosition("key = = value", 0xFFFFFFFFu, 6);
   Plaint::AddInfo<ErrorInfo_ParsingErrorLocation>(error, where);
-  try {
-    throw error;
-  } catch (const Plaint::Error& e) {
-    std::ostringstream out;
-    out << e;
-    EXPECT_NE(out.str().find("key = \xBB= value"), std::string::npos);
-  }
+  std::ostringstream out;
+  out << static_cast<const Plaint::Error&>(error);
+  EXPECT_NE(out.str().find("key = \xBB= value"), std::string::npos) << out.str();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include <tessera/memory/BufferPoolHelper.h>
 
 #include <cstring>
+#include <tuple>
 
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
@@ -27,7 +28,7 @@ TEST(BufferPoolHelper, PoolInUseIsRetainedAndComesBackUnusedOneDies) {
   const PoolPtr shared = helper.SharePool();
   kept = Buffer();
   helper.FreePool();
-  EXPECT_TRUE(!helper.SharePool() && shared.use_count() == 1);
+  EXPECT_EQ(std::make_pair(helper.SharePool(), shared.use_count()), std::make_pair(PoolPtr(), 1L));
 }
 
 TEST(BufferPoolHelper, FlushDropsOnlyRetainedPoolsWithNothingOut) {
@@ -42,7 +43,7 @@ TEST(BufferPoolHelper, FlushDropsOnlyRetainedPoolsWithNothingOut) {
   returned = Buffer();
   EXPECT_FALSE(idle.expired());  // nothing drops it by itself
   helper.Flush();
-  EXPECT_TRUE(!busy.expired() && idle.expired());
+  EXPECT_EQ(std::make_pair(busy.expired(), idle.expired()), std::make_pair(false, true));
   EXPECT_EQ(helper.GetPool().GetBufferSize(), 30u);
 }
 
@@ -70,9 +71,10 @@ TEST(BufferPoolHelper, SetPool) {
   helper.SetPool(second);  // first is in use: retained
   EXPECT_EQ(first.use_count(), 2);
   helper.SetPool(first);  // taken off the list; second has nothing out and goes
-  EXPECT_TRUE(helper.SharePool() == first && first.use_count() == 2 && second.use_count() == 1);
+  EXPECT_EQ(helper.SharePool(), first);
+  EXPECT_EQ(std::make_pair(first.use_count(), second.use_count()), std::make_pair(2L, 1L));
   helper.SetPool(PoolPtr());  // as FreePool: first is in use and retained
-  EXPECT_TRUE(!helper.SharePool() && first.use_count() == 2);
+  EXPECT_EQ(std::make_pair(helper.SharePool(), first.use_count()), std::make_pair(PoolPtr(), 2L));
   fromFirst = Buffer();
   helper.Flush();
   EXPECT_EQ(first.use_count(), 1);

@@ -8,6 +8,8 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include <plaint/Error.h>
@@ -239,6 +241,20 @@ TEST(BufferPool, ThreadsShareOnePoolAndReleaseRacesItsDestruction) {
     for (const Buffer& clone : clones) ASSERT_FALSE(clone.IsPooled()) << "round " << round;
     original = Buffer();
   }
+}
+
+TEST(Buffer, MovesTakeTheReferenceOver) {
+  static_assert(std::is_nothrow_move_constructible_v<Buffer> && std::is_nothrow_move_assignable_v<Buffer>);
+  BufferPool pool(16, 1);
+  Buffer a = pool.Allocate(), b(8);
+  const void* block = a.Memory();
+  Buffer moved(std::move(a));
+  EXPECT_EQ(State(a) + " | " + State(moved), "null false size=0 refs=0 nomemory | block true size=16 refs=1 pooled");
+  b = std::move(moved);  // b's own block goes
+  EXPECT_EQ(std::make_pair(static_cast<const void*>(b.Memory()), moved.IsNull()), std::make_pair(block, true));
+  Buffer& same = b;
+  b = std::move(same);
+  EXPECT_EQ(State(b), "block true size=16 refs=1 pooled");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -47,10 +48,11 @@ TEST(Fixed, ConversionsOutAndComparisons) {
   EXPECT_EQ(static_cast<unsigned short>(Raw(-1000000)), 65535);
   // The operand goes through its conversion before the raw values compare.
   const fixed one(1);
-  EXPECT_TRUE(one == 1.0000004 && !(one < 1.0000004) && one < 1.0000005);
-  EXPECT_TRUE(one == 1.0000005f);  // single precision cannot carry the millionth
-  EXPECT_TRUE(one > 3000 && one > 1e10);  // a wrapped integer, the out-of-range marker
-  EXPECT_TRUE(Raw(-1).lessthan(Raw(0)) && !Raw(0).lessthan(Raw(0)) && Raw(0).lessthanequal(Raw(0)));
+  // single precision cannot carry the millionth; 3000 wraps; 1e10 becomes the out-of-range marker
+  EXPECT_EQ(std::make_tuple(one == 1.0000004, one < 1.0000004, one < 1.0000005, one == 1.0000005f, one > 3000, one > 1e10),
+            std::make_tuple(true, false, true, true, true, true));
+  EXPECT_EQ(std::make_tuple(Raw(-1).lessthan(Raw(0)), Raw(0).lessthan(Raw(0)), Raw(0).lessthanequal(Raw(0))),
+            std::make_tuple(true, false, true));
 }
 
 TEST(Fixed, Arithmetic) {

@@ -10,14 +10,10 @@ using Tessera::Int16WhiteNoise;
 using Tessera::Mt19937;
 
 TEST(Mt19937, WordSeedingMatchesTheReference) {
-  Mt19937 generator(5489);
-  EXPECT_EQ(generator(), 3499211612u);
-  for (int i = 2; i < 10000; ++i) generator();
-  EXPECT_EQ(generator(), 4123659995u);
   Mt19937 byDefault;
   for (std::uint32_t word : {2325592414u, 482149846u, 4177211283u}) EXPECT_EQ(byDefault(), word);
   // The same seeding as std::mt19937, across several regenerations of the state.
-  for (std::uint32_t seed : {0u, 1u, 0xFFFFFFFFu}) {
+  for (std::uint32_t seed : {0u, 1u, 5489u, 0xFFFFFFFFu}) {
     Mt19937 ours(seed);
     std::mt19937 standard(seed);
     for (int i = 0; i < 624 * 5 + 7; ++i) ASSERT_EQ(ours(), standard()) << "seed " << seed << " word " << i;
@@ -51,6 +47,7 @@ TEST(Int16WhiteNoise, SamplesAndCopies) {
   for (int i = 0; i < 10000; ++i) {
     const std::int32_t sample = noise();
     ASSERT_EQ(copy(), sample);
-    ASSERT_TRUE(sample >= -196608 && sample <= 196602) << sample;
+    ASSERT_GE(sample, -196608);  // not clipped to 16 bits: kept for compatibility
+    ASSERT_LE(sample, 196602);
   }
 }

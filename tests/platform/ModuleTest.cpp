@@ -4,6 +4,8 @@
 
 #include <dlfcn.h>
 
+#include <tuple>
+
 #include <gtest/gtest.h>
 
 #include "tessera/platform/ModuleDetail.h"
@@ -41,7 +43,7 @@ Win32::DWORD ErrorOf(Call call) {
 
 TEST(Module, LoadHoldsOneReferenceUntilClosed) {
   Module module;
-  EXPECT_TRUE(!module.IsValid() && module.GetHandle() == nullptr && CallAnswer(module) == -1);
+  EXPECT_EQ(std::make_tuple(module.IsValid(), module.GetHandle(), CallAnswer(module)), std::make_tuple(false, nullptr, -1));
   module.Close();
   ASSERT_FALSE(IsLoaded());
   ASSERT_TRUE(module.Load(modulePath, 0));
@@ -116,7 +118,8 @@ TEST(Win32Loader, FindsModulesAndReportsFailures) {
   const char* inside = static_cast<const char*>(Win32::GetProcAddress(loaded, "TesseraTestModuleAnswer"));
   ASSERT_NE(Win32::GetModuleHandleExA(Win32::GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, inside, &byAddress), 0);
   EXPECT_EQ(byAddress, loaded);
-  EXPECT_TRUE(Win32::FreeLibrary(byAddress) != 0 && Win32::FreeLibrary(loaded) != 0);
+  EXPECT_NE(Win32::FreeLibrary(byAddress), 0);
+  EXPECT_NE(Win32::FreeLibrary(loaded), 0);
   EXPECT_FALSE(IsLoaded());
 
   EXPECT_EQ(ErrorOf([] { return Win32::GetModuleHandleA(modulePath) != nullptr; }), Win32::ERROR_MOD_NOT_FOUND);

@@ -7,7 +7,6 @@
 #include <cstring>
 #include <limits>
 #include <locale>
-#include <random>
 #include <sstream>
 #include <string>
 
@@ -73,6 +72,7 @@ TEST(TextFormatNumber, ExactTexts) {
   EXPECT_EQ(Wide(1000000.0), u"1e+06");
 }
 
+// Any value of each type is the fuzz target's (TextFormatNumberFuzz); here the edges.
 TEST(TextFormatNumber, MatchesAFreshStreamByteForByte) {
   ExpectIntegerEdges<signed char, unsigned char, short, unsigned short, int, unsigned int, long,
                      unsigned long, long long, unsigned long long>();
@@ -84,23 +84,9 @@ TEST(TextFormatNumber, MatchesAFreshStreamByteForByte) {
   // Long doubles that are no doubles, near the rounding points of six digits.
   for (long double v : {0.1L, 1.0000005L, 1e-4000L, 1e4000L, std::nextafter(1.0000005L, 2.0L)})
     ExpectStreamText(v);
-  std::mt19937_64 random(7);
-  for (int i = 0; i < 40000; ++i) {
-    const std::uint64_t bits = random();
-    double d;
-    float f;
-    std::memcpy(&d, &bits, sizeof d);
-    std::memcpy(&f, &bits, sizeof f);
-    const int scale = static_cast<int>(bits % 24) - 8;
-    // Any bits; values of everyday size; exact ties of the sixth digit.
-    for (double v :
-         {d, static_cast<double>(f), std::ldexp(double(bits >> 11), -53) * std::pow(10, scale),
-          double((bits % 900000 + 100000) * 10 + 5) * std::pow(10, scale % 5),
-          std::ldexp(double(bits % 64 * 2 + 1), int(bits % 160) - 100)})
-      ExpectStreamText(v);
-    ExpectStreamText(f);
-    ExpectStreamText(static_cast<long long>(bits));
-  }
+  // Exact ties of the sixth digit, which random values seldom hit.
+  for (std::uint64_t n = 100000; n < 1000000; n += 997)
+    for (double scale : {1.0, 10.0, 1000.0, 0.1}) ExpectStreamText(double(n * 10 + 5) * scale);
 }
 
 TEST(TextFormatNumber, FollowsTheGlobalStreamLocale) {

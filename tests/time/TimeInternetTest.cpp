@@ -37,15 +37,6 @@ TEST(TimeInternetFormat, ExactTexts) {
       {late, asctime, 0, "Fri Dec 31 23:59:59 30827"},        {late, rfc850, 0, "Friday, 31-Dec-27 23:59:59 GMT"},
       {Time(1969, 12, 31, 23, 59, 59, 0, TimeKind::Utc), http, 0, "Wed, 31 Dec 1969 23:59:59 GMT"}};
   for (const auto& c : cases) EXPECT_EQ(Text(c.time, c.format, c.flags), c.text);
-
-  std::string names;  // every weekday and month name
-  for (unsigned month = 1; month <= 12; ++month) {
-    const Time first(2009, month, 1, TimeKind::Utc);
-    const std::string text = Text(first, rfc850);
-    names += text.substr(0, text.find(',')) + "=" + Text(first, asctime).substr(0, 7) + "|";
-  }
-  EXPECT_EQ(names, "Thursday=Thu Jan|Sunday=Sun Feb|Sunday=Sun Mar|Wednesday=Wed Apr|Friday=Fri May|Monday=Mon Jun|"
-                   "Wednesday=Wed Jul|Saturday=Sat Aug|Tuesday=Tue Sep|Thursday=Thu Oct|Sunday=Sun Nov|Tuesday=Tue Dec|");
 }
 
 TEST(TimeInternetFormat, LocalTimesShowTheirWallClockAndOffset) {
@@ -86,14 +77,13 @@ TEST(TimeInternetParse, Rfc822ToleratesWhatMailWrites) {
 
 TEST(TimeInternetParse, ZonesByNumberLetterAndName) {
   // Seconds since 1970: noon less the offset east of Greenwich.
+  // Not the name table row by row: its ends, case, and the letters around the gap at J.
   Expect(&Time::ParseRfc822, 1000, {
       {"+0100", noon - 3600},  {"-0100", noon + 3600},  {"+0530", noon - 19800}, {"-0530", noon + 19800},
       {"0530", noon - 19800},  {"+530", noon - 19800},  {"-0059", noon + 3540},  {"+9959", noon - 359940},
-      {"UT", noon},            {"UTC", noon},           {"gmt", noon},           {"EST", noon + 5 * 3600},
-      {"EDT", noon + 4 * 3600}, {"CST", noon + 6 * 3600}, {"CDT", noon + 5 * 3600}, {"MST", noon + 7 * 3600},
-      {"mdt", noon + 6 * 3600}, {"PST", noon + 8 * 3600}, {"PDT", noon + 7 * 3600}, {"A", noon - 3600},
-      {"i", noon - 9 * 3600},  {"K", noon - 10 * 3600}, {"M", noon - 12 * 3600}, {"N", noon + 3600},
-      {"y", noon + 12 * 3600}, {"Z", noon},             {"z", noon}}, "12 Nov 2008 12:00:00 ");
+      {"UT", noon},            {"gmt", noon},           {"EST", noon + 5 * 3600}, {"PDT", noon + 7 * 3600},
+      {"A", noon - 3600},      {"i", noon - 9 * 3600},  {"K", noon - 10 * 3600}, {"M", noon - 12 * 3600},
+      {"N", noon + 3600},      {"y", noon + 12 * 3600}, {"z", noon}}, "12 Nov 2008 12:00:00 ");
   ExpectRefused(&Time::ParseRfc822, {"J", "j", "+01:00", "+0160", "XYZ", "+01", "1", "+010000", "GMTX", "EST5"},
                 "12 Nov 2008 12:00:00 ");
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <tuple>
 
 namespace Tessera {
 namespace {
@@ -35,6 +36,14 @@ TEST(TimeSpan, RenderTruncatesTowardZeroKeepsTheSignAndLow32Bits) {
     EXPECT_EQ(out.tv_sec, c.sec) << c.ticks;
     EXPECT_EQ(out.tv_usec, c.usec) << c.ticks;
   }
+}
+
+TEST(TimeSpan, ConveniencesCompareByTicksAndWrap) {
+  constexpr TimeSpan min(std::numeric_limits<std::int64_t>::min()), max(std::numeric_limits<std::int64_t>::max());
+  static_assert(-min == min && max + TimeSpan(1) == min && min - TimeSpan(1) == max, "wrap as += and -=");
+  static_assert(TimeSpan::second - TimeSpan::minute == -TimeSpan(590000000), "difference");
+  EXPECT_EQ(std::make_tuple(min < max, max <= max, max > min, min >= min, min != max, min == max),
+            std::make_tuple(true, true, true, true, true, false));
 }
 
 }  // namespace

@@ -8,9 +8,16 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <tessera/time/Time.h>
+
+#include "tessera/detail/Calendar.h"
+
+using Win32::detail::epochTicks;
+using Win32::detail::Join;
+using Win32::detail::Split;
 
 // Sets TZ for one scope. POSIX texts without daylight saving need no zone database.
 class ZoneGuard {
@@ -31,22 +38,18 @@ class ZoneGuard {
 
 constexpr const char *zoneWest0530 = "<-0530>5:30", *zoneEast0100 = "<+01>-1", *zoneWest0500 = "<-05>5",
                      *zoneWest0030 = "<-0030>0:30";
-constexpr std::uint64_t epochTicks = 116444736000000000u;  // 1601 to 1970
 constexpr std::int64_t refused = INT64_MIN;
-
-inline std::uint64_t Join(const Win32::FILETIME& value) {
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
-}
-
-inline Win32::FILETIME Split(std::uint64_t ticks) {
-  return Win32::FILETIME{static_cast<Win32::DWORD>(ticks), static_cast<Win32::DWORD>(ticks >> 32)};
-}
 
 inline std::uint64_t TicksOf(const Tessera::Time& time) {
   Win32::FILETIME value;
   time.Render(value);
   return Join(value);
 }
+
+// The ticks and whether the kind is local, to compare both in one check.
+inline std::pair<std::uint64_t, bool> Word(const Tessera::Time& time) { return {TicksOf(time), time.IsLocal()}; }
+inline std::pair<std::uint64_t, bool> Utc(std::uint64_t ticks) { return {ticks, false}; }
+inline std::pair<std::uint64_t, bool> Local(std::uint64_t ticks) { return {ticks, true}; }
 
 using Parse = bool (Tessera::Time::*)(const std::string&);
 
@@ -55,7 +58,7 @@ inline std::int64_t Parsed(Parse parse, const std::string& text) {
   const Tessera::Time before(std::int64_t{-86400}, Tessera::TimeKind::Local);
   Tessera::Time time = before;
   if (!(time.*parse)(text)) {
-    EXPECT_TRUE(TicksOf(time) == TicksOf(before) && time.IsLocal()) << "changed by " << text;
+    EXPECT_EQ(Word(time), Word(before)) << "changed by " << text;
     return refused;
   }
   EXPECT_TRUE(time.IsUtc()) << text;

@@ -15,7 +15,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -30,10 +30,10 @@ class TESSERA_API EventId {
   EventId(std::uint32_t number) : text(nullptr), value(number) {}  // NOLINT: numbers name events
   // A text identifier. A `length` of 0xFFFFFFFF measures the terminated text. A static text
   // is borrowed; otherwise it is copied. Throws std::bad_alloc when the copy is refused.
-  EventId(const char* text, unsigned int length, bool isStatic) { Init(text, length, isStatic); }
+  EventId(const char* name, unsigned int length, bool isStatic) { Init(name, length, isStatic); }
   // A text identifier that owns a copy of `text`.
-  EventId(const std::string& text) {  // NOLINT: texts name events
-    Init(text.data(), static_cast<unsigned int>(text.size()), false);
+  EventId(const std::string& name) {  // NOLINT: texts name events
+    Init(name.data(), static_cast<unsigned int>(name.size()), false);
   }
   // A number stays a number, an owned text is copied, a static text shares the pointer.
   EventId(const EventId& other);
@@ -74,7 +74,7 @@ class EventTarget;
 // widths the class operator new serves them from the event pool, larger ones from the heap.
 class TESSERA_API Event {
  public:
-  explicit Event(const EventId& id) : id(id), target(nullptr) {}
+  explicit Event(const EventId& identifier) : id(identifier), target(nullptr) {}
   // Copies id, target and link: the copy of a linked event is linked to the same follower.
   Event(const Event&) = default;
   Event& operator=(const Event&) = default;
@@ -158,7 +158,7 @@ class TESSERA_API EventSink {
 // A ready-made address: a target and the sink that serves it. Neither is owned.
 class TESSERA_API EventInterface {
  public:
-  EventInterface(EventTarget* target = nullptr, EventSink* sink = nullptr) : target(target), sink(sink) {}  // NOLINT
+  EventInterface(EventTarget* to = nullptr, EventSink* via = nullptr) : target(to), sink(via) {}  // NOLINT
 
   EventTarget* GetTarget() const { return target; }
   EventSink* GetSink() const { return sink; }

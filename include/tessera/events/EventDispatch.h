@@ -15,7 +15,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include <skein/Lock.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/events/Event.h>
 
 namespace Tessera {
@@ -34,9 +34,13 @@ class TESSERA_API EventDispatch : public EventSink {
   EventDispatch& operator=(const EventDispatch&) = default;
 };
 
+// Kept for compatibility: a public destructor that is not virtual, as ported callers' layouts
+// have it; the warning a client's -Wnon-virtual-dtor would give is silenced here alone.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 class TESSERA_API EventDispatchMixIn : private boost::noncopyable {
  public:
-  explicit EventDispatchMixIn(bool initialized = false) : initialized(initialized) {}
+  explicit EventDispatchMixIn(bool initiallyInitialized = false) : initialized(initiallyInitialized) {}
   // Releases the events still listed, unseen.
   ~EventDispatchMixIn() = default;
 
@@ -80,6 +84,7 @@ class TESSERA_API EventDispatchMixIn : private boost::noncopyable {
   std::atomic<bool> inHandler{false};
   bool initialized;
 };
+#pragma GCC diagnostic pop
 
 }  // namespace Tessera
 

@@ -11,7 +11,7 @@
 
 #include <skein/Lock.h>
 #include <skein/Waitable.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/events/Event.h>
 #include <tessera/time/TimeSpan.h>
 
@@ -56,6 +56,9 @@ class TESSERA_API EventQueueMixIn {
 };
 
 // A queue; copies share one body, which dies with the last copy (releasing what it holds).
+// Kept for compatibility: no virtual destructor, as EventSink has none; silenced for clients.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 class TESSERA_API EventQueue : public EventSink {
  public:
   EventQueue();
@@ -70,6 +73,7 @@ class TESSERA_API EventQueue : public EventSink {
  private:
   boost::shared_ptr<EventQueueMixIn> body;
 };
+#pragma GCC diagnostic pop
 
 }  // namespace Tessera
 

@@ -9,7 +9,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/events/EventDispatch.h>
 #include <tessera/win32/Window.h>
 

@@ -11,7 +11,7 @@
 #include <string>
 
 #include <plaint/Error.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -73,6 +73,7 @@ namespace Plaint {
 
 // "(line, column) " when either is known ("?" for an unknown one), then the excerpt
 // with the single byte 0xBB marking the error's position.
+// Kept for compatibility: 0xBB is the Latin-1 byte, not UTF-8; readers of the logs expect it.
 template <>
 TESSERA_API void RenderValue<Tessera::ErrorInfo_ParsingErrorLocation>(
     std::ostream& stream, const Tessera::ParsingErrorLocation& location);

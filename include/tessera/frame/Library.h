@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -6,7 +6,7 @@
 
 #include <atomic>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -23,8 +23,8 @@ class TESSERA_API StaticInitialize {
 
   // Both constructors are constexpr so that a namespace-scope object needs no
   // initialiser at run time.
-  constexpr StaticInitialize(CreateFunction create, DestroyFunction destroy, void* param)
-      : initialized(false), instance(nullptr), create(create), destroy(destroy), param(param) {}
+  constexpr StaticInitialize(CreateFunction onCreate, DestroyFunction onDestroy, void* parameter)
+      : initialized(false), instance(nullptr), create(onCreate), destroy(onDestroy), param(parameter) {}
   constexpr explicit StaticInitialize(const LifetimeTraits& traits)
       : StaticInitialize(traits.create, traits.destroy, traits.param) {}
   ~StaticInitialize();
@@ -32,8 +32,8 @@ class TESSERA_API StaticInitialize {
   StaticInitialize(const StaticInitialize&) = delete;
   StaticInitialize& operator=(const StaticInitialize&) = delete;
 
-  static LifetimeTraits MakeAny(CreateFunction create, DestroyFunction destroy, void* param) {
-    return LifetimeTraits{create, destroy, param};
+  static LifetimeTraits MakeAny(CreateFunction onCreate, DestroyFunction onDestroy, void* parameter) {
+    return LifetimeTraits{onCreate, onDestroy, parameter};
   }
 
   // The instance, created on first call. Threads may race here without a lock: each

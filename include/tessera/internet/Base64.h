@@ -6,7 +6,7 @@
 
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -8,7 +8,7 @@
 #include <ostream>
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 #include <tessera/internet/Properties.h>
 #include <tessera/text/StringTokenizer.h>

@@ -16,7 +16,7 @@
 #include <string>
 #include <string_view>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 #include <tessera/internet/Properties.h>
 #include <tessera/internet/UriText.h>

@@ -11,7 +11,7 @@
 
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 #include <tessera/internet/Properties.h>
 

@@ -11,7 +11,7 @@
 
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -43,6 +43,9 @@ class TESSERA_API Buffer {
   // Throws Plaint::BadAlloc when the heap refuses.
   explicit Buffer(std::uint32_t size);
   Buffer(const Buffer& other) : data_(other.data_) { Attach(); }
+  // Convenience beside the ported API: a move takes the reference over without counting
+  // and leaves `other` null.
+  Buffer(Buffer&& other) noexcept : data_(other.data_) { other.data_ = nullptr; }
   // A deep copy into a new unpooled block; a null `other` gives a null buffer.
   // Throws Plaint::BadAlloc when the heap refuses.
   Buffer(const Buffer& other, const UnpooledTag&);
@@ -51,6 +54,15 @@ class TESSERA_API Buffer {
   // Shares `other`'s block; the new reference is taken before the old one is dropped.
   Buffer& operator=(const Buffer& other) {
     Assign(other);
+    return *this;
+  }
+  // Convenience: drops this buffer's reference and takes `other`'s, leaving `other` null.
+  Buffer& operator=(Buffer&& other) noexcept {
+    if (this != &other) {
+      Release();
+      data_ = other.data_;
+      other.data_ = nullptr;
+    }
     return *this;
   }
   void Assign(const Buffer& other) {

@@ -14,7 +14,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/memory/Buffer.h>
 
 namespace Tessera {

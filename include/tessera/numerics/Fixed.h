@@ -15,7 +15,7 @@
 #include <cmath>
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -185,6 +185,8 @@ class TESSERA_API fixed {
   // 7.67, wrapped digits outside that. A series still running after 65536 terms, which
   // only an argument of magnitude from about 1960 up can cause, stops and gives
   // -2147.483648.
+  // Kept for compatibility, as pow and sin: every step truncates in fixed arithmetic, so
+  // ported callers get the same digits, not those of the C library.
   fixed exp() const;
   // Reduction by e down below 2, then the Mercator series until a term truncates to 0.
   // An argument at or below 0 has no logarithm and gives -2147.483648 at once.
@@ -193,9 +195,11 @@ class TESSERA_API fixed {
   fixed log10() const;
   // exp(y * log(|x|)), negated when x is negative and y % 2 is not 0, fractions of y
   // included: (-3) to the 0.5 gives -1.732047. A zero base goes through log of 0.
+  // Kept for compatibility: the sign rule and the truncated digits are what callers compare.
   fixed pow(fixed y) const;
   // Three terms of the sine's Taylor series after reduction to a quarter turn; the peak
   // is 1.004525. The cosine is the sine a quarter turn on.
+  // Kept for compatibility: three terms only, so sin(1) is 0.841667 and callers get that.
   fixed sin() const;
   fixed cos() const;
   // sin() / cos(); where the cosine is 0 that gives -0.000001.
@@ -205,7 +209,12 @@ class TESSERA_API fixed {
   static constexpr std::int32_t Wrap(std::uint64_t value) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
   }
-  static constexpr std::int32_t FromInt(std::uint32_t value) { return Wrap(value * 1000000u); }
+  // Any integer operand, converted to 32 bits as the C conversions do (sign-extended or
+  // cut), then scaled.
+  template <class Integer>
+  static constexpr std::int32_t FromInt(Integer value) {
+    return Wrap(static_cast<std::uint32_t>(value) * 1000000u);
+  }
   // Truncation toward zero to 32 bits; anything that does not fit gives 0x80000000.
   static std::int32_t Truncate(double value) {
     if (!(value > -2147483649.0 && value < 2147483648.0)) return INT32_MIN;

@@ -8,7 +8,7 @@
 
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -54,6 +54,7 @@ class TESSERA_API Mt19937 {
 // Noise samples with a near-normal distribution: each is half the sum of the twelve
 // 16-bit halves of six generator words, less 196608. The mean is near -3 and the standard
 // deviation near 32768; samples run from -196608 to 196602 and are not clipped to 16 bits.
+// Kept for compatibility: despite the name the spread is that wide; callers clip themselves.
 class TESSERA_API Int16WhiteNoise {
  public:
   // Seeds the generator with Mt19937::seedDefault.
@@ -66,7 +67,7 @@ class TESSERA_API Int16WhiteNoise {
       const std::uint32_t word = generator_();
       sum += static_cast<std::int32_t>(word & 0xFFFFu) + static_cast<std::int32_t>(word >> 16);
     }
-    return sum / 2 - 0x30000;
+    return sum / 2 - 0x30000;  // kept for compatibility: not clipped to 16 bits
   }
 
  private:

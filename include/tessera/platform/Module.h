@@ -9,7 +9,7 @@
 #ifndef TESSERA_PLATFORM_MODULE_H
 #define TESSERA_PLATFORM_MODULE_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -29,6 +29,8 @@ struct OsVersionInfo {
 };
 
 // The edition name of the table for these values, a static text such as "Windows XP".
+// Kept for compatibility: Server 2003 R2 is "Window Server 2003 R2", without the "s", as
+// callers compare it.
 TESSERA_API const char* GetWindowsEdition(const OsVersionInfo& info);
 // The edition of the running system, or null when it has no Windows version.
 TESSERA_API const char* GetWindowsEdition();

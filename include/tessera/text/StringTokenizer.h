@@ -14,8 +14,9 @@
 #define TESSERA_TEXT_STRINGTOKENIZER_H
 
 #include <string>
+#include <type_traits>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 
 namespace Tessera {
@@ -29,6 +30,9 @@ enum DelimitMode {
 
 template <class C>
 class TESSERA_API BasicStringTokenizer {
+  static_assert(std::is_same<C, char>::value || std::is_same<C, char16_t>::value,
+                "BasicStringTokenizer is built for char and char16_t only");
+
  public:
   // A caller's own delimiter rule. While one is set, the delimiter text and the mode are
   // ignored. The tokenizer doesn't own it.

@@ -15,7 +15,7 @@
 #ifndef TESSERA_TEXT_TEXTCOMPARE_H
 #define TESSERA_TEXT_TEXTCOMPARE_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 
 namespace Tessera {

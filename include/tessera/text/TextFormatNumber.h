@@ -12,7 +12,7 @@
 
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 

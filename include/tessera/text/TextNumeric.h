@@ -18,7 +18,7 @@
 #ifndef TESSERA_TEXT_TEXTNUMERIC_H
 #define TESSERA_TEXT_TEXTNUMERIC_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 
 namespace Tessera {

@@ -9,7 +9,7 @@
 
 #include <string>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/frame/Library.h>
 
 namespace Tessera {
@@ -25,6 +25,8 @@ TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned
 // ("unable to widen incomplete UTF-8 sequence" for a sequence cut off by the end of the text,
 // "unable to widen invalid UTF-8 sequence" otherwise); `out` then holds the characters before
 // the offending sequence.
+// Kept for compatibility: the size a lead byte announces is judged before the bytes, so even
+// 0xFF or 0xC0 as the last byte is incomplete; callers reading in pieces wait for more on it.
 TESSERA_API void TextWidenUtf8(const char* text, unsigned int length, std::u16string& out);
 
 // Replaces `out` with the UTF-8 form of the UTF-16 `text`. Throws TextConversionError ("unable

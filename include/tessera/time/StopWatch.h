@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/time/TimeSpan.h>
 
 namespace Tessera {

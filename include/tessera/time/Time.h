@@ -16,7 +16,7 @@
 #include <sys/time.h>
 
 #include <plaint/Error.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/time/TimeSpan.h>
 #include <tessera/win32/Clock.h>
 
@@ -85,6 +85,8 @@ class TESSERA_API Time {
   bool Set(const Win32::SYSTEMTIME& value, TimeKind kind);
   // Midnight of the day. Each field is cut to 16 bits, then validated: year 1601-30827,
   // no carrying of out-of-range fields.
+  // Kept for compatibility: the cut comes before any check, so a year of 67137 is 1601;
+  // ported callers get the same acceptances and refusals.
   bool Set(unsigned int year, unsigned int month, unsigned int day, TimeKind kind);
   // Second 60 and milliseconds 1000 are refused.
   bool Set(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
@@ -196,6 +198,16 @@ TESSERA_API void FileTimeToUnixTime(const Win32::FILETIME& value, std::int32_t& 
 TESSERA_API void FileTimeToUnixTime(const Win32::FILETIME& value, std::int64_t& seconds);
 // tv_sec as above (low 32 bits); tv_usec the remaining ticks over 10.
 TESSERA_API void FileTimeToUnixTime(const Win32::FILETIME& value, ::timeval& out);
+
+// Conveniences beside the ported API: Time values compare as moments, by the same rule as
+// operator-. A local value is taken to UTC by the zone offset in force at the call, and the
+// kind takes no part, so a UTC value and a local value of the same moment are equal.
+inline bool operator==(const Time& a, const Time& b) { return (a - b).GetTicks() == 0; }
+inline bool operator!=(const Time& a, const Time& b) { return (a - b).GetTicks() != 0; }
+inline bool operator<(const Time& a, const Time& b) { return (a - b).GetTicks() < 0; }
+inline bool operator<=(const Time& a, const Time& b) { return (a - b).GetTicks() <= 0; }
+inline bool operator>(const Time& a, const Time& b) { return (a - b).GetTicks() > 0; }
+inline bool operator>=(const Time& a, const Time& b) { return (a - b).GetTicks() >= 0; }
 
 }  // namespace Tessera
 

@@ -7,7 +7,7 @@
 
 #include <sys/time.h>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 
 namespace Tessera {
 
@@ -56,6 +56,23 @@ inline constexpr TimeSpan TimeSpan::second{10000000};
 inline constexpr TimeSpan TimeSpan::minute{600000000};
 inline constexpr TimeSpan TimeSpan::hour{36000000000};
 inline constexpr TimeSpan TimeSpan::day{864000000000};
+
+// Conveniences beside the ported API: comparison by ticks, and negation, sum and difference
+// that wrap as += and -= do.
+constexpr bool operator==(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() == b.GetTicks(); }
+constexpr bool operator!=(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() != b.GetTicks(); }
+constexpr bool operator<(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() < b.GetTicks(); }
+constexpr bool operator<=(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() <= b.GetTicks(); }
+constexpr bool operator>(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() > b.GetTicks(); }
+constexpr bool operator>=(const TimeSpan& a, const TimeSpan& b) { return a.GetTicks() >= b.GetTicks(); }
+constexpr TimeSpan operator-(const TimeSpan& span) {
+  return TimeSpan(static_cast<std::int64_t>(0u - static_cast<std::uint64_t>(span.GetTicks())));
+}
+constexpr TimeSpan operator+(const TimeSpan& a, const TimeSpan& b) {
+  return TimeSpan(static_cast<std::int64_t>(static_cast<std::uint64_t>(a.GetTicks()) +
+                                            static_cast<std::uint64_t>(b.GetTicks())));
+}
+constexpr TimeSpan operator-(const TimeSpan& a, const TimeSpan& b) { return a + -b; }
 
 }  // namespace Tessera
 

@@ -8,7 +8,7 @@
 #include <boost/noncopyable.hpp>
 
 #include <skein/EventDispatcher.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/timers/Timer.h>
 
 namespace Tessera {

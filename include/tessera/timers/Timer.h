@@ -4,7 +4,7 @@
 #ifndef TESSERA_TIMERS_TIMER_H
 #define TESSERA_TIMERS_TIMER_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/time/Time.h>
 #include <tessera/time/TimeSpan.h>
 

@@ -19,7 +19,7 @@
 #define TESSERA_TIMERS_WINMMTIMERSERVICE_H
 
 #include <skein/EventDispatcher.h>
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/timers/Timer.h>
 
 namespace Tessera {
@@ -27,7 +27,7 @@ namespace Tessera {
 class TESSERA_API WinMMTimerService : public TimerService {
  public:
   // A null dispatcher calls observers on the multimedia timer thread.
-  explicit WinMMTimerService(Skein::EventDispatcher* dispatcher = nullptr) : dispatcher(dispatcher) {}
+  explicit WinMMTimerService(Skein::EventDispatcher* callingThread = nullptr) : dispatcher(callingThread) {}
   WinMMTimerService(const WinMMTimerService&) = default;
   WinMMTimerService& operator=(const WinMMTimerService&) = default;
   // Nothing to do: the service keeps no list of its timers.

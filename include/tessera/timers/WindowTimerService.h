@@ -28,7 +28,7 @@
 
 #include <boost/noncopyable.hpp>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/timers/Timer.h>
 #include <tessera/win32/Window.h>
 

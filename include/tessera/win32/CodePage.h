@@ -13,7 +13,7 @@
 #ifndef TESSERA_WIN32_CODEPAGE_H
 #define TESSERA_WIN32_CODEPAGE_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/win32/LastError.h>
 
 namespace Win32 {

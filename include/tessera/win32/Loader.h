@@ -7,7 +7,7 @@
 #ifndef TESSERA_WIN32_LOADER_H
 #define TESSERA_WIN32_LOADER_H
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/win32/LastError.h>
 
 namespace Win32 {

@@ -10,7 +10,7 @@
 
 #include <cstdint>
 
-#include <tessera/Export.h>
+#include <tessera_export.h>
 #include <tessera/win32/LastError.h>
 
 namespace Win32 {

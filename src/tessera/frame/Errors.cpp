@@ -57,6 +57,7 @@ void RenderValue<Tessera::ErrorInfo_ParsingErrorLocation>(
   if (!location.text.empty()) {
     const std::size_t split = std::min<std::size_t>(location.textPosition, location.text.size());
     stream.write(location.text.data(), static_cast<std::streamsize>(split));
+    // Kept for compatibility: one Latin-1 byte, not UTF-8, as logs and callers expect it.
     stream.put(static_cast<char>(0xBB));
     stream.write(location.text.data() + split, static_cast<std::streamsize>(location.text.size() - split));
   }

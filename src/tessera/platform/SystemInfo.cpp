@@ -50,6 +50,7 @@ const char* NtEdition(const OsVersionInfo& info) {
   if (info.majorVersion == 5) {
     switch (info.minorVersion) {
       case 2:
+        // Kept for compatibility: the missing "s" is what callers compare against.
         if (info.serverR2) return "Window Server 2003 R2";
         if (info.suiteMask == storageServer) return "Windows Storage Server 2003";
         if (info.productType == workstation) return "Windows XP";

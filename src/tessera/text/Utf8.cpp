@@ -278,6 +278,8 @@ Utf8Outcome ConvertUtf8ToUtf16(const char*& from, const char* fromEnd, char16_t*
     // The careful step. The lead byte announces the size, and a cut-off sequence is
     // incomplete before anything in it is judged; a whole one goes to a local target first,
     // as room is judged after the bytes. 5- and 6-byte forms are never decoded.
+    // Kept for compatibility: so 0xFF or 0xC0 as the last byte is incomplete, not invalid;
+    // callers that read a stream in pieces wait for more bytes on it.
     const Byte lead = *s;
     const std::ptrdiff_t announced = lead < 0xC0   ? 1
                                      : lead < 0xE0 ? 2

@@ -2,35 +2,21 @@
 
 #include <tessera/win32/LastError.h>
 
+#include "tessera/detail/Calendar.h"
+
 namespace Tessera {
 
 namespace {
 
-constexpr std::uint64_t epochSeconds = 11644473600u;          // 1601 to 1970
-constexpr std::uint64_t epochTicks = 116444736000000000u;
-constexpr std::uint64_t ticksPerSecond = 10000000;
-constexpr std::uint64_t ticksPerMicrosecond = 10;
+using Win32::detail::epochSeconds;
+using Win32::detail::epochTicks;
+using Win32::detail::Join;
+using Win32::detail::Low32;
+using Win32::detail::Split;
+using Win32::detail::ticksPerMicrosecond;
+using Win32::detail::ticksPerSecond;
+
 constexpr std::uint64_t microsecondsPerSecond = 1000000;
-
-std::uint64_t Join(const Win32::FILETIME& value) {
-  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
-}
-
-Win32::FILETIME Split(std::uint64_t ticks) {
-  Win32::FILETIME value;
-  value.dwLowDateTime = static_cast<Win32::DWORD>(ticks);
-  value.dwHighDateTime = static_cast<Win32::DWORD>(ticks >> 32);
-  return value;
-}
-
-// Fields that were 32-bit `long` where the library was born.
-std::int64_t SignExtend32(std::int64_t value) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(static_cast<std::uint64_t>(value)));
-}
-
-std::int32_t Low32(std::uint64_t value) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
-}
 
 // All unsigned, so that huge or negative seconds wrap instead of overflowing.
 std::uint64_t TicksFromUnix(std::int64_t seconds) {
@@ -38,13 +24,15 @@ std::uint64_t TicksFromUnix(std::int64_t seconds) {
 }
 
 std::uint64_t TicksFromTimeval(const ::timeval& value) {
-  const std::uint64_t seconds = static_cast<std::uint64_t>(SignExtend32(value.tv_sec));
-  const std::uint64_t micro = static_cast<std::uint64_t>(SignExtend32(value.tv_usec));
+  const std::uint64_t seconds = static_cast<std::uint64_t>(std::int64_t{Low32(value.tv_sec)});
+  const std::uint64_t micro = static_cast<std::uint64_t>(std::int64_t{Low32(value.tv_usec)});
   return ((seconds + epochSeconds) * microsecondsPerSecond + micro) * ticksPerMicrosecond;
 }
 
 std::uint64_t UnixFromTicks(std::uint64_t ticks) { return (ticks - epochTicks) / ticksPerSecond; }
 
+// Kept for compatibility: every field is cut to 16 bits before any check, as a SYSTEMTIME
+// holds it (67137 is the year 1601); ported callers get the same acceptances and refusals.
 Win32::SYSTEMTIME Fields(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
                          unsigned int minute, unsigned int second, unsigned int millisecond) {
   Win32::SYSTEMTIME fields;
@@ -101,18 +89,11 @@ bool Time::Set(const ::timeval& value, TimeKind kind) {
 }
 
 bool Time::Set(const ::tm& value, TimeKind kind) {
-  // 16-bit fields and 16-bit additions, as the fields of a SYSTEMTIME.
-  const auto field = [](int v) { return static_cast<Win32::WORD>(v); };
-  Win32::SYSTEMTIME fields;
-  fields.wYear = static_cast<Win32::WORD>(field(value.tm_year) + 1900);
-  fields.wMonth = static_cast<Win32::WORD>(field(value.tm_mon) + 1);
-  fields.wDayOfWeek = 0;
-  fields.wDay = field(value.tm_mday);
-  fields.wHour = field(value.tm_hour);
-  fields.wMinute = field(value.tm_min);
-  fields.wSecond = field(value.tm_sec);
-  fields.wMilliseconds = 0;
-  return SetSystemTime(fields, kind);
+  // Unsigned, so that the sums wrap; Fields keeps their low 16 bits.
+  const auto field = [](int v) { return static_cast<unsigned int>(v); };
+  return SetSystemTime(Fields(field(value.tm_year) + 1900, field(value.tm_mon) + 1, field(value.tm_mday),
+                              field(value.tm_hour), field(value.tm_min), field(value.tm_sec), 0),
+                       kind);
 }
 
 bool Time::Set(const Win32::SYSTEMTIME& value, TimeKind kind) { return SetSystemTime(value, kind); }
@@ -212,9 +193,7 @@ TimeSpan operator-(const Time& left, const Time& right) {
   return TimeSpan(static_cast<std::int64_t>(left.TicksUtc() - right.TicksUtc()));
 }
 
-bool Time::IsLeapYear(unsigned short year) {
-  return year % 4 == 0 && (year % 100 != 0 || year % 400 == 0);
-}
+bool Time::IsLeapYear(unsigned short year) { return Win32::detail::IsLeap(year); }
 
 unsigned short Time::GetYearDay(unsigned short year, unsigned short month, unsigned short day) {
   static constexpr unsigned short daysBefore[2][13] = {

@@ -9,7 +9,7 @@
 #include <tessera/text/TextNumeric.h>
 
 #include "TimeText.h"
-#include "tessera/win32/Calendar.h"
+#include "tessera/detail/Calendar.h"
 
 namespace Tessera {
 

@@ -1,6 +1,6 @@
 #include <tessera/win32/Clock.h>
 
-#include "Calendar.h"
+#include "tessera/detail/Calendar.h"
 
 #include <cerrno>
 #include <time.h>
@@ -9,24 +9,13 @@ namespace Win32 {
 
 namespace {
 
-using detail::Civil;
-using detail::CivilFromDays;
 using detail::DaysFromCivil;
-using detail::secondsPerDay;
+using detail::epochSeconds;
+using detail::Join;
+using detail::Split;
 using detail::ticksPerSecond;
 
-// 1601-01-01 to 1970-01-01.
-constexpr std::uint64_t epochDifferenceSeconds = 11644473600u;
 constexpr std::int64_t gmtime64Max = 32535215999;  // 3000-12-31 23:59:59
-
-constexpr std::uint64_t Join(const FILETIME& time) {
-  return (static_cast<std::uint64_t>(time.dwHighDateTime) << 32) | time.dwLowDateTime;
-}
-
-void Split(std::uint64_t ticks, FILETIME& time) {
-  time.dwLowDateTime = static_cast<DWORD>(ticks);
-  time.dwHighDateTime = static_cast<DWORD>(ticks >> 32);
-}
 
 // Local minus UTC, in ticks, as the zone stands now. tzset makes a changed TZ count.
 std::int64_t CurrentZoneOffsetTicks() {
@@ -43,9 +32,9 @@ void GetSystemTimeAsFileTime(FILETIME* systemTimeAsFileTime) {
   ::timespec now;
   ::clock_gettime(CLOCK_REALTIME, &now);
   const std::uint64_t ticks =
-      (static_cast<std::uint64_t>(now.tv_sec) + epochDifferenceSeconds) * ticksPerSecond +
+      (static_cast<std::uint64_t>(now.tv_sec) + epochSeconds) * ticksPerSecond +
       static_cast<std::uint64_t>(now.tv_nsec) / 100;
-  Split(ticks, *systemTimeAsFileTime);
+  *systemTimeAsFileTime = Split(ticks);
 }
 
 void GetLocalTime(SYSTEMTIME* systemTime) {
@@ -72,7 +61,7 @@ BOOL SystemTimeToFileTime(const SYSTEMTIME* systemTime, FILETIME* fileTime) {
     SetLastError(ERROR_INVALID_PARAMETER);
     return 0;
   }
-  Split(ticks, *fileTime);
+  *fileTime = Split(ticks);
   return 1;
 }
 
@@ -97,13 +86,13 @@ BOOL FileTimeToSystemTime(const FILETIME* fileTime, SYSTEMTIME* systemTime) {
 
 BOOL LocalFileTimeToFileTime(const FILETIME* localFileTime, FILETIME* fileTime) {
   const std::uint64_t offset = static_cast<std::uint64_t>(CurrentZoneOffsetTicks());
-  Split(Join(*localFileTime) - offset, *fileTime);
+  *fileTime = Split(Join(*localFileTime) - offset);
   return 1;
 }
 
 BOOL FileTimeToLocalFileTime(const FILETIME* fileTime, FILETIME* localFileTime) {
   const std::uint64_t offset = static_cast<std::uint64_t>(CurrentZoneOffsetTicks());
-  Split(Join(*fileTime) + offset, *localFileTime);
+  *localFileTime = Split(Join(*fileTime) + offset);
   return 1;
 }
 
@@ -115,18 +104,17 @@ int _gmtime64_s(::tm* result, const std::int64_t* time) {
     result->tm_wday = result->tm_yday = result->tm_isdst = -1;
     return EINVAL;
   }
-  const std::uint64_t seconds = static_cast<std::uint64_t>(*time) + epochDifferenceSeconds;
-  const std::uint32_t days = static_cast<std::uint32_t>(seconds / secondsPerDay);
-  const unsigned secondOfDay = static_cast<unsigned>(seconds - days * secondsPerDay);
-  const Civil civil = CivilFromDays(days);
-  result->tm_sec = static_cast<int>(secondOfDay % 60);
-  result->tm_min = static_cast<int>(secondOfDay / 60 % 60);
-  result->tm_hour = static_cast<int>(secondOfDay / 3600);
-  result->tm_mday = static_cast<int>(civil.day);
-  result->tm_mon = static_cast<int>(civil.month) - 1;
-  result->tm_year = static_cast<int>(civil.year) - 1900;
-  result->tm_wday = static_cast<int>((days + 1) % 7);
-  result->tm_yday = static_cast<int>(days - DaysFromCivil(civil.year, 1, 1));
+  const detail::Fields fields =
+      detail::FieldsFromTicks((static_cast<std::uint64_t>(*time) + epochSeconds) * ticksPerSecond);
+  result->tm_sec = static_cast<int>(fields.second);
+  result->tm_min = static_cast<int>(fields.minute);
+  result->tm_hour = static_cast<int>(fields.hour);
+  result->tm_mday = static_cast<int>(fields.day);
+  result->tm_mon = static_cast<int>(fields.month) - 1;
+  result->tm_year = static_cast<int>(fields.year) - 1900;
+  result->tm_wday = static_cast<int>(fields.dayOfWeek);
+  result->tm_yday = static_cast<int>(DaysFromCivil(fields.year, fields.month, fields.day) -
+                                     DaysFromCivil(fields.year, 1, 1));
   result->tm_isdst = 0;
   result->tm_gmtoff = 0;
   result->tm_zone = "GMT";

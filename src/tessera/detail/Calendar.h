@@ -1,16 +1,38 @@
-// Internal: the proleptic Gregorian arithmetic behind the file-time conversions, inline so
-// that the date formatters can use it without the SYSTEMTIME round trip.
-#ifndef TESSERA_WIN32_CALENDAR_H
-#define TESSERA_WIN32_CALENDAR_H
+// Internal: the one home of the tick and calendar arithmetic that the Win32 clock stand-in,
+// Time, their tests and their fuzzers share: the two halves of a file time, the 1601 to 1970
+// distance, the cut to a 32-bit field, and the proleptic Gregorian conversions, inline so that
+// the date formatters can use them without the SYSTEMTIME round trip.
+#ifndef TESSERA_DETAIL_CALENDAR_H
+#define TESSERA_DETAIL_CALENDAR_H
 
 #include <cstdint>
+
+#include <tessera/win32/Clock.h>
 
 namespace Win32 {
 namespace detail {
 
 constexpr std::uint64_t ticksPerSecond = 10000000;
 constexpr std::uint64_t ticksPerMillisecond = 10000;
+constexpr std::uint64_t ticksPerMicrosecond = 10;
 constexpr std::uint64_t secondsPerDay = 86400;
+// 1601-01-01 to 1970-01-01.
+constexpr std::uint64_t epochSeconds = 11644473600u;
+constexpr std::uint64_t epochTicks = epochSeconds * ticksPerSecond;
+
+constexpr std::uint64_t Join(const FILETIME& value) {
+  return (static_cast<std::uint64_t>(value.dwHighDateTime) << 32) | value.dwLowDateTime;
+}
+
+constexpr FILETIME Split(std::uint64_t ticks) {
+  return FILETIME{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+}
+
+// The low 32 bits as a signed value: fields that were 32-bit `long` where the library was born.
+constexpr std::int32_t Low32(std::uint64_t value) {
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(value));
+}
+constexpr std::int32_t Low32(std::int64_t value) { return Low32(static_cast<std::uint64_t>(value)); }
 // Days from 0000-03-01 of the proleptic calendar to 1601-01-01: the origin of the
 // arithmetic below, which counts years from March so that the leap day comes last.
 constexpr std::uint32_t daysFromMarchZeroTo1601 = 584694;
@@ -105,4 +127,4 @@ inline Fields FieldsFromTicks(std::uint64_t ticks) {
 }  // namespace detail
 }  // namespace Win32
 
-#endif  // TESSERA_WIN32_CALENDAR_H
+#endif  // TESSERA_DETAIL_CALENDAR_H
