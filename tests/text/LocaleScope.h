@@ -8,8 +8,8 @@
 
 class LocaleScope {
  public:
-  explicit LocaleScope(const char* name) : active_(std::setlocale(LC_ALL, name) != nullptr) {
-    if (active_) std::locale::global(std::locale(name));
+  explicit LocaleScope(const char* name) : active(std::setlocale(LC_ALL, name) != nullptr) {
+    if (active) std::locale::global(std::locale(name));
   }
   ~LocaleScope() {
     std::setlocale(LC_ALL, "C");
@@ -18,16 +18,13 @@ class LocaleScope {
   LocaleScope(const LocaleScope&) = delete;
   LocaleScope& operator=(const LocaleScope&) = delete;
 
-  bool active() const { return active_; }
-
- private:
-  bool active_;
+  const bool active;
 };
 
 // Skips the test, with the reason, when the locale can't be set.
 #define REQUIRE_LOCALE(scope, name) \
   LocaleScope scope(name);          \
-  if (!scope.active())              \
+  if (!scope.active)              \
   GTEST_SKIP() << "locale " << name \
                << " is not available; generate it (locale-gen) to run this test"
 

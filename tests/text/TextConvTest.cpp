@@ -60,9 +60,8 @@ Thrown Catch(Operation operation) {
 
 TEST(TextConv, PagesBuiltOnFirstUseServeManyThreads) {
   // First in the file, so that the threads race to build the pages.
-  const Row rows[] = {{866, "\x80\xAF", u"\u0410\u043F"},
-                      {949, "\xB0\xA1", u"\uAC00"},
-                      {50225, "\x1B$)C\x0E\x30\x21\x0F", u"\uAC00"}};
+  const Row rows[] = {
+      {866, "\x80\xAF", u"\u0410\u043F"}, {949, "\xB0\xA1", u"\uAC00"}, {50225, "\x1B$)C\x0E\x30\x21\x0F", u"\uAC00"}};
   std::vector<std::thread> threads;
   std::vector<int> wrong(4, 0);
   for (int& count : wrong)
@@ -143,21 +142,16 @@ TEST(TextConv, KnownBytesRoundTripThroughTheMainPages) {
 TEST(TextConv, BadInputIsReplacedAsWindowsDoes) {
   // UTF-8: one U+FFFD for each maximal ill-formed subpart; a lead byte that ends the text
   // widens to the katakana middle dot.
-  const Row widened[] = {{65001, "\xC3\x28", u"\uFFFD("},
-                         {65001, "\xED\xA0\x80z", u"\uFFFD\uFFFD\uFFFDz"},
-                         {65001, "a\xF0\x9F\x98", u"a\uFFFD"},
-                         {65001, "\xE2\x82\x41", u"\uFFFDA"},
-                         {65001, "\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
-                         {65001, "\xC0\xAF\xF4\x90", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
-                         {932, "a\x82", u"a\u30FB"},
-                         {20127, "\xE9", u"i"},
-                         {1200, std::string("A\0\x3D", 3), u"A\uFFFD"}};
+  const Row widened[] = {
+      {65001, "\xC3\x28", u"\uFFFD("},   {65001, "\xED\xA0\x80z", u"\uFFFD\uFFFD\uFFFDz"},
+      {65001, "a\xF0\x9F\x98", u"a\uFFFD"}, {65001, "\xE2\x82\x41", u"\uFFFDA"},
+      {65001, "\xF8\x88\x80\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD"},
+      {65001, "\xC0\xAF\xF4\x90", u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+      {932, "a\x82", u"a\u30FB"}, {20127, "\xE9", u"i"}, {1200, std::string("A\0\x3D", 3), u"A\uFFFD"}};
   for (const Row& row : widened) EXPECT_EQ(Widen(row.bytes, row.codePage), row.units) << row.bytes;
   // Narrowing to a Windows page writes the page's '?'.
   const Row narrowed[] = {{65001, "a\xEF\xBF\xBD" "b\xEF\xBF\xBD", u"a\xD800" u"b\xDC00"},
-                          {1252, "a???", u"a\u4E00\U0001F600"},
-                          {932, "?", u"\u00E9"},
-                          {37, "\xC1\x6F", u"A\u4E00"}};
+                          {1252, "a???", u"a\u4E00\U0001F600"}, {932, "?", u"\u00E9"}, {37, "\xC1\x6F", u"A\u4E00"}};
   for (const Row& row : narrowed) EXPECT_EQ(Narrow(row.units, row.codePage), row.bytes) << row.codePage;
 }
 
@@ -233,16 +227,11 @@ TEST(TextConv, PlatformCallsGiveTheWindowsResults) {
 }
 
 TEST(TextConv, DefaultPageFollowsTheLocaleCodeset) {
-  std::u16string wide;
-  std::string narrow;
-  {
-    LocaleScope locale("C");
-    EXPECT_EQ(Win32::GetACP(), 20127u);
-    TextWiden("a\xE9", npos, wide);
-    EXPECT_EQ(wide, u"ai");
-  }
+  EXPECT_EQ(Win32::GetACP(), 20127u);  // every test leaves the "C" locale behind
   REQUIRE_LOCALE(utf8, "C.UTF-8");
   EXPECT_EQ(Win32::GetACP(), 65001u);
+  std::u16string wide;
+  std::string narrow;
   TextWiden("\xC3\xA9\xFF", npos, wide);
   TextNarrow(u"\u20AC", npos, narrow);
   EXPECT_EQ(std::make_pair(wide, narrow), std::make_pair(std::u16string(u"\u00E9\uFFFD"), std::string("\xE2\x82\xAC")));

@@ -42,29 +42,23 @@ const char kNarrowInvalid[] = "unable to narrow invalid Unicode sequence";
 
 }  // namespace
 
-// Outcomes, stopping places and round trips of any text are the fuzz target's (Utf8Fuzz),
-// against a reference decoder; here the messages, the NUL rules and the long-text paths.
-TEST(Utf8, BadSequencesStopTheConversionWhereTheyStart) {
+// Outcomes, output before the stop and round trips of any text are the fuzz target's (Utf8Fuzz),
+// against a reference decoder; here the messages, the NUL rule and the long-text paths.
+TEST(Utf8, BadSequencesThrowTheirMessages) {
   std::u16string wide;
   std::string narrow;
   const std::pair<const char*, const char*> widened[] = {
       {"\xE2\x82", kWidenIncomplete}, {"\xFF", kWidenIncomplete},  // 0xFF: kept for compatibility
       {"\xC0\x80", kWidenInvalid},    {"\xED\xA0\x80", kWidenInvalid}};
-  for (const auto& [bytes, message] : widened) {
+  for (const auto& [bytes, message] : widened)
     EXPECT_EQ(WidenMessage(std::string("ab") + bytes, wide), message) << bytes;
-    EXPECT_EQ(wide, u"ab");
-  }
   EXPECT_EQ(NarrowMessage(u"ab\xD800", narrow), kNarrowIncomplete);
-  EXPECT_EQ(narrow, "ab");
   EXPECT_EQ(NarrowMessage(u"ab\xD800\x0041", narrow), kNarrowInvalid);
-  EXPECT_EQ(narrow, "ab");
 }
 
 TEST(Utf8, WholeTextsRoundTripOrKeepWhatWentBefore) {
   std::u16string wide = u"old";
   std::string narrow = "old";
-  EXPECT_EQ(WidenMessage(std::string("a\0\xEF\xBB\xBF", 5), wide), "");  // NUL and BOM pass as they are
-  EXPECT_EQ(wide, std::u16string(u"a\0\uFEFF", 3));
   TextWidenUtf8("\0\xFF", npos, wide);
   TextNarrowUtf8(u"\0\xD800", npos, narrow);
   EXPECT_EQ(wide, u"");  // npos stops at the NUL
