@@ -64,16 +64,14 @@ TEST(Utf8, WholeTextsRoundTripOrKeepWhatWentBefore) {
   EXPECT_EQ(wide, u"");  // npos stops at the NUL
   EXPECT_EQ(narrow, "");
 
-  // A long text reaches the vector paths, and the narrowing's 16 KiB pieces end inside its
-  // 382nd U+00E9 (43 bytes a round); a lone surrogate behind it keeps the whole text before it.
+  // The narrowing's 16 KiB pieces, beyond the fuzz target's texts, end inside the 382nd U+00E9
+  // (43 bytes a round); a lone surrogate behind it keeps the whole text before it.
   std::string bytes;
   std::u16string units;
   for (int i = 0; i < 700; ++i) {
     bytes += "\xC3\xA9\xCE\xB2\xE2\x82\xAC\xE4\xB8\x96\xF0\x9F\x98\x80" "and ASCII runs of some length";
     units += u"\u00E9\u03B2\u20AC\u4E16\U0001F600and ASCII runs of some length";
   }
-  EXPECT_EQ(WidenMessage(bytes, wide), "");
-  EXPECT_EQ(wide, units);
   EXPECT_EQ(NarrowMessage(units, narrow), "");
   EXPECT_EQ(narrow, bytes);
   EXPECT_EQ(NarrowMessage(units + u"\xDC00tail", narrow), kNarrowInvalid);
