@@ -14,7 +14,7 @@ using Tessera::BufferPoolHelper;
 using PoolPtr = boost::shared_ptr<BufferPool>;
 using PoolRef = boost::weak_ptr<BufferPool>;
 
-TEST(BufferPoolHelper, PoolInUseIsRetainedAndComesBackUnusedOneDies) {
+TEST(BufferPoolHelper, PoolInUseIsRetainedUnusedOneDiesAndFlushDropsIdleOnes) {
   BufferPoolHelper helper(100, 4);
   BufferPool& small = helper.GetPool();
   EXPECT_EQ(&helper.AllocatePool(100, 99), &small);  // the same size: the same pool, the count ignored
@@ -29,13 +29,11 @@ TEST(BufferPoolHelper, PoolInUseIsRetainedAndComesBackUnusedOneDies) {
   kept = Buffer();
   helper.FreePool();
   EXPECT_EQ(std::make_pair(helper.SharePool(), shared.use_count()), std::make_pair(PoolPtr(), 1L));
-}
 
-TEST(BufferPoolHelper, FlushDropsOnlyRetainedPoolsWithNothingOut) {
-  BufferPoolHelper helper;
+  // Flush drops only retained pools with nothing out; with no pool, it and FreePool do nothing.
   helper.Flush();
   helper.FreePool();
-  Buffer kept = helper.AllocatePool(10, 1).Allocate();
+  kept = helper.AllocatePool(10, 1).Allocate();
   const PoolRef busy = helper.SharePool();
   Buffer returned = helper.AllocatePool(20, 1).Allocate();
   const PoolRef idle = helper.SharePool();
@@ -47,20 +45,7 @@ TEST(BufferPoolHelper, FlushDropsOnlyRetainedPoolsWithNothingOut) {
   EXPECT_EQ(helper.GetPool().GetBufferSize(), 30u);
 }
 
-TEST(BufferPoolHelper, LatestRetainedOfASizeComesBackFirst) {
-  BufferPoolHelper helper;
-  const PoolPtr older = boost::make_shared<BufferPool>(50, 1), newer = boost::make_shared<BufferPool>(50, 1);
-  Buffer a = older->Allocate(), b = newer->Allocate();
-  helper.SetPool(older);
-  helper.SetPool(newer);       // retains older
-  helper.AllocatePool(60, 1);  // retains newer
-  helper.AllocatePool(50, 1);
-  EXPECT_EQ(helper.SharePool(), newer);
-  EXPECT_EQ(older.use_count(), 2);  // still on the list
-  EXPECT_EQ(newer.use_count(), 2);  // current, and off the list
-}
-
-TEST(BufferPoolHelper, SetPool) {
+TEST(BufferPoolHelper, SetPoolRetainsPoolsInUseAndTheLatestComesBackFirst) {
   BufferPoolHelper helper;
   const PoolPtr first = boost::make_shared<BufferPool>(8, 1), second = boost::make_shared<BufferPool>(8, 1);
   Buffer fromFirst = first->Allocate();
@@ -78,6 +63,14 @@ TEST(BufferPoolHelper, SetPool) {
   fromFirst = Buffer();
   helper.Flush();
   EXPECT_EQ(first.use_count(), 1);
+
+  Buffer a = first->Allocate(), b = second->Allocate();
+  helper.SetPool(first);
+  helper.SetPool(second);     // retains first
+  helper.AllocatePool(60, 1);  // retains second
+  helper.AllocatePool(8, 1);
+  EXPECT_EQ(helper.SharePool(), second);
+  EXPECT_EQ(std::make_pair(first.use_count(), second.use_count()), std::make_pair(2L, 2L));  // first still retained
 }
 
 TEST(BufferPoolHelper, DestructionLeavesBuffersValidButUnpooled) {

@@ -40,12 +40,9 @@ TEST(Fixed, ConversionsIn) {
 }
 
 TEST(Fixed, ConversionsOutAndComparisons) {
-  EXPECT_EQ(static_cast<double>(Raw(1500001)), 1.500001);
-  EXPECT_EQ(static_cast<float>(Raw(1500001)), static_cast<float>(1.500001));
-  EXPECT_EQ(Raw(-1500000).GetLong(), -1);
-  EXPECT_EQ(Raw(-999999).GetLong(), 0);
-  EXPECT_EQ(static_cast<int>(Raw(2147483647)), 2147);
-  EXPECT_EQ(static_cast<unsigned short>(Raw(-1000000)), 65535);
+  EXPECT_EQ(std::make_tuple(static_cast<double>(Raw(1500001)), static_cast<float>(Raw(1500001)), Raw(-1500000).GetLong(),
+                            Raw(-999999).GetLong(), static_cast<int>(Raw(2147483647)), static_cast<unsigned short>(Raw(-1000000))),
+            std::make_tuple(1.500001, static_cast<float>(1.500001), -1, 0, 2147, 65535));
   // The operand goes through its conversion before the raw values compare.
   const fixed one(1);
   // single precision cannot carry the millionth; 3000 wraps; 1e10 becomes the out-of-range marker

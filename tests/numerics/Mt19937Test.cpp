@@ -23,8 +23,7 @@ TEST(Mt19937, WordSeedingMatchesTheReference) {
 TEST(Mt19937, KeySeedingMatchesTheReference) {
   const std::uint32_t key[] = {0x123, 0x234, 0x345, 0x456};
   Mt19937 generator(key, 4);
-  for (std::uint32_t word : {1067595299u, 955945823u, 477289528u, 4107218783u}) EXPECT_EQ(generator(), word);
-  for (int i = 5; i < 1000; ++i) generator();
+  for (int i = 1; i < 1000; ++i) generator();
   EXPECT_EQ(generator(), 3460025646u);  // the reference program's 1000th output
 
   // A key longer than the state is used whole: its last word matters.
