@@ -21,7 +21,8 @@ std::string Params(const std::string& text) {
   BasicStringTokenizer<char> tokenizer(text.data(), static_cast<unsigned int>(text.size()), "", DelimitModeAnyOf);
   Properties p(true);
   p.Set("old", "1");
-  EXPECT_TRUE(MimeParseProperties(tokenizer, p) && !p.IsCaseless());
+  EXPECT_TRUE(MimeParseProperties(tokenizer, p));
+  EXPECT_FALSE(p.IsCaseless());
   return Pairs(p) + "@" + std::to_string(tokenizer.GetPosition());
 }
 
@@ -38,9 +39,11 @@ TEST(Mime, TokensSpecialsAndQuotableTexts) {
   for (int c = 0; c < 256; ++c)
     if (IsMimeTSpecial(static_cast<char>(c))) specials += static_cast<char>(c);
   EXPECT_EQ(specials, "\"(),/:;<=>?@[\\]");
-  EXPECT_TRUE(IsMimeToken("a-b_c.d", npos) && IsMimeToken("\x7F!#", npos) && IsMimeToken("ab c", 2));
+  for (auto token : {std::make_pair("a-b_c.d", npos), std::make_pair("\x7F!#", npos), std::make_pair("ab c", 2u)})
+    EXPECT_TRUE(IsMimeToken(token.first, token.second)) << token.first;
   for (const char* bad : {"", "a b", "a\x80", "a\tb", "a=b"}) EXPECT_FALSE(IsMimeToken(bad, npos)) << bad;
-  EXPECT_TRUE(IsMimeQuotable("", 0) && IsMimeQuotable("a \"\t", npos) && IsMimeQuotable("a\rb", 1));
+  for (auto text : {std::make_pair("", 0u), std::make_pair("a \"\t", npos), std::make_pair("a\rb", 1u)})
+    EXPECT_TRUE(IsMimeQuotable(text.first, text.second)) << text.first;
   EXPECT_FALSE(IsMimeQuotable("a\rb", npos) || IsMimeQuotable("\n", npos));
 }
 

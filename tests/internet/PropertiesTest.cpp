@@ -35,7 +35,8 @@ std::string Entries(const Properties& p) {
   std::string text;
   for (unsigned int i = 0; i < p.GetCount(); ++i) {
     unsigned int position = 999;
-    EXPECT_TRUE(p.Find(p.GetKey(i), position) == &p.GetValue(i) && position == i) << p.GetKey(i);
+    EXPECT_EQ(p.Find(p.GetKey(i), position), &p.GetValue(i)) << p.GetKey(i);
+    EXPECT_EQ(position, i) << p.GetKey(i);
     text += (i != 0 ? "," : "") + p.GetKey(i) + "=" + p.GetValue(i);
   }
   return text;
@@ -59,7 +60,9 @@ TEST(Properties, NeverSetObjectAllocatesNothingAndFindsNothing) {
   p.Clear();
   assigned = p;  // releases the body
   EXPECT_EQ(std::to_string(allocations - before) + std::to_string(position) + value, "07kept");
-  EXPECT_TRUE(Properties(p).IsCaseless() && assigned.IsCaseless() && Entries(assigned).empty());
+  EXPECT_TRUE(Properties(p).IsCaseless());
+  EXPECT_TRUE(assigned.IsCaseless());
+  EXPECT_TRUE(Entries(assigned).empty());
 }
 
 TEST(Properties, SetKeepsTheFirstKeyTextAndPosition) {

@@ -118,7 +118,8 @@ TEST(Win32Loader, FindsModulesAndReportsFailures) {
   const char* inside = static_cast<const char*>(Win32::GetProcAddress(loaded, "TesseraTestModuleAnswer"));
   ASSERT_NE(Win32::GetModuleHandleExA(Win32::GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, inside, &byAddress), 0);
   EXPECT_EQ(byAddress, loaded);
-  EXPECT_TRUE(Win32::FreeLibrary(byAddress) != 0 && Win32::FreeLibrary(loaded) != 0);  // the lookup took a reference
+  EXPECT_NE(Win32::FreeLibrary(byAddress), 0);  // the lookup took a reference
+  EXPECT_NE(Win32::FreeLibrary(loaded), 0);
   EXPECT_FALSE(IsLoaded());
 
   EXPECT_EQ(ErrorOf([] { return Win32::GetModuleHandleA(modulePath) != nullptr; }), Win32::ERROR_MOD_NOT_FOUND);

@@ -24,7 +24,8 @@ TEST(SystemInfo, EditionBoundaries) {
     EXPECT_STREQ(Tessera::GetWindowsEdition(row.info), row.edition) << "row " << &row - rows;
   OsVersionInfo xp{2, 5, 1, 2600, "Service Pack 2", 0, 0, false};
   std::string type, version;
-  EXPECT_TRUE(Tessera::GetSystemType(xp, type) && Tessera::GetSystemVersion(xp, version));
+  EXPECT_TRUE(Tessera::GetSystemType(xp, type));
+  EXPECT_TRUE(Tessera::GetSystemVersion(xp, version));
   EXPECT_EQ(type + "|" + version, "Windows XP Service Pack 2|5.1 (build 2600)");
   xp.csdVersion.clear();
   EXPECT_TRUE(Tessera::GetSystemType(xp, type));
@@ -43,7 +44,8 @@ TEST(SystemInfo, RunningSystemIsTheKernel) {
   ::utsname system;
   ASSERT_EQ(::uname(&system), 0);
   std::string type, version;
-  EXPECT_TRUE(Tessera::GetSystemType(type) && Tessera::GetSystemVersion(version));
+  EXPECT_TRUE(Tessera::GetSystemType(type));
+  EXPECT_TRUE(Tessera::GetSystemVersion(version));
   EXPECT_EQ(type, std::string(system.sysname) + " " + system.release);
   numbers[0] = numbers[1] = numbers[2] = 0;
   std::sscanf(system.release, "%u.%u.%u", &numbers[0], &numbers[1], &numbers[2]);

@@ -82,7 +82,8 @@ TEST(TextConv, CharsetNamesNormaliseBeforeTheLookup) {
       {"Shift_JIS", 932},    {"utf\xE9-8", 65001}, {"..u.t.f.1.6.b.e..", 1201}, {padded31, 65001}};
   for (const auto& [name, expected] : found) {
     unsigned int codePage = 0;
-    EXPECT_TRUE(GetCodePage(name.c_str(), codePage) && codePage == expected) << name;
+    EXPECT_TRUE(GetCodePage(name.c_str(), codePage)) << name;
+    EXPECT_EQ(codePage, expected) << name;
   }
   unsigned int codePage = 7;
   for (const std::string& name : {padded31 + "-", std::string("latin1"), std::string("cp1252"),
