@@ -34,8 +34,8 @@ TEST(EventId, ComparesByKindAndCharsAndCopiesOwnedTexts) {
   const bool equal[] = {five == 5u, text5 == "5", empty == "", ab == abOwned, abc == std::string("abc")};
   const bool unequal[] = {five == text5, five == "5", text5 == 5u, empty == 0u, empty == EventId(0u), ab == abc,
                           ab == "abc", AB == ab};
-  for (bool b : equal) EXPECT_TRUE(b);
-  for (bool b : unequal) EXPECT_FALSE(b);
+  for (std::size_t i = 0; i < 5; ++i) EXPECT_TRUE(equal[i]) << i;
+  for (std::size_t i = 0; i < 8; ++i) EXPECT_FALSE(unequal[i]) << i;
   EXPECT_EQ(ab.GetText(), buffer);  // static: borrowed, and so are its copies
   EXPECT_EQ(EventId(ab).GetText(), buffer);
   EXPECT_EQ(ab.GetLength(), 2u);

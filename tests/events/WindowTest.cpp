@@ -4,7 +4,6 @@
 
 #include <poll.h>
 
-#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -57,21 +56,6 @@ TEST(Win32Window, QueueDescriptorIsReadableExactlyWhileSomethingWaits) {
   EXPECT_EQ(RegisterWindowMessageA(""), 0u);
   EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
   EXPECT_EQ(DestroyWindow(window), 1);
-}
-
-TEST(Win32Window, GetMessageBlocksUntilAnotherThreadPosts) {
-  std::atomic<HWND> window{nullptr};
-  int seen = 0;
-  std::thread owner([&] {
-    window = CreateMessageWindow();
-    MSG msg{};
-    while (GetMessageA(&msg, nullptr, 0, 0) > 0) seen += static_cast<int>(msg.wParam);
-  });
-  while (window.load() == nullptr) std::this_thread::yield();
-  for (WPARAM n = 1; n <= 3; ++n) EXPECT_EQ(PostMessageA(window, WM_USER, n, 0), 1);
-  EXPECT_EQ(PostMessageA(window, WM_QUIT, 0, 0), 1);
-  owner.join();
-  EXPECT_EQ(seen, 6);
 }
 
 TEST(Win32Window, TimersComeBehindPostedMessagesOnePendingAtATime) {
