@@ -13,12 +13,15 @@ namespace {
 // Usable in constant expressions, hence before any code of the library has run.
 static_assert(TimeSpan::day.GetTicks() == 864000000000 && TimeSpan::microsecond.GetTicks() == 10, "constants");
 
-TEST(TimeSpan, ArithmeticWrapsAndDivisionIsFloatingPoint) {
-  TimeSpan top(std::numeric_limits<std::int64_t>::max());
-  top += TimeSpan(1);
-  EXPECT_EQ(top.GetTicks(), std::numeric_limits<std::int64_t>::min());
-  top -= TimeSpan(1);
-  EXPECT_EQ(top.GetTicks(), std::numeric_limits<std::int64_t>::max());
+TEST(TimeSpan, ArithmeticWrapsComparesByTicksAndDividesInFloatingPoint) {
+  constexpr TimeSpan min(std::numeric_limits<std::int64_t>::min()), max(std::numeric_limits<std::int64_t>::max());
+  static_assert(-min == min && max + TimeSpan(1) == min && min - TimeSpan(1) == max, "wrap");
+  static_assert(TimeSpan::second - TimeSpan::minute == -TimeSpan(590000000), "difference");
+  TimeSpan top = max;
+  EXPECT_EQ((top += TimeSpan(1)).GetTicks(), min.GetTicks());
+  EXPECT_EQ((top -= TimeSpan(1)).GetTicks(), max.GetTicks());
+  EXPECT_EQ(std::make_tuple(min < max, max <= max, max > min, min >= min, min != max, min == max),
+            std::make_tuple(true, true, true, true, true, false));
   EXPECT_EQ(TimeSpan::minute.div(TimeSpan::second), 60.0);
   EXPECT_DOUBLE_EQ(TimeSpan::second.div(TimeSpan::minute), 1.0 / 60.0);
   EXPECT_EQ(TimeSpan(-7).div(TimeSpan()), -HUGE_VAL);
@@ -36,14 +39,6 @@ TEST(TimeSpan, RenderTruncatesTowardZeroKeepsTheSignAndLow32Bits) {
     EXPECT_EQ(out.tv_sec, c.sec) << c.ticks;
     EXPECT_EQ(out.tv_usec, c.usec) << c.ticks;
   }
-}
-
-TEST(TimeSpan, ConveniencesCompareByTicksAndWrap) {
-  constexpr TimeSpan min(std::numeric_limits<std::int64_t>::min()), max(std::numeric_limits<std::int64_t>::max());
-  static_assert(-min == min && max + TimeSpan(1) == min && min - TimeSpan(1) == max, "wrap as += and -=");
-  static_assert(TimeSpan::second - TimeSpan::minute == -TimeSpan(590000000), "difference");
-  EXPECT_EQ(std::make_tuple(min < max, max <= max, max > min, min >= min, min != max, min == max),
-            std::make_tuple(true, true, true, true, true, false));
 }
 
 }  // namespace
