@@ -58,13 +58,13 @@ constexpr std::int64_t noon = 1226491200, sunday = 784111777;  // 2008-11-12 12:
 TEST(TimeInternetParse, Rfc822ToleratesWhatMailWrites) {
   Expect(&Time::ParseRfc822, 1000, {
       {"Wed, 12 Nov 2008 12:34:56 GMT", noon + 2096}, {"12 Nov 2008 12:34:56 GMT", noon + 2096},
-      {"wed , 12 nov 2008 12:34 gmt", noon + 2040},  {"Wed,12 Nov 2008 12:34:56", noon + 2096},
+      {"wed , 12 nov 2008 12:34 gmt", noon + 2040}, {"Wed,12 Nov 2008 12:34:56", noon + 2096},
       {"  Mon ,, \t 12\tNov   2008 12:34:56 +0000", noon + 2096},  // the weekday is not checked
-      {"Wed, 5 Nov 2008 00:00:00", noon - 7 * 86400 - 43200},     {"12 Nov 2008 12:34:xx", noon + 2040},
-      {"12 Nov 2008 12:34:56:99 GMT", noon + 2096},  {"12 Nov 2008 12::34 GMT", noon + 2040},
-      {"12 Nov 2008 12:00:00 GMT (comment)", noon},  {"12 Nov 2008 00:00", noon - 43200},
-      {"12 Nov 49 00:00:00", 2520288000},            {"12 Nov 50 00:00:00", -603936000},
-      {"12 Nov 0 00:00:00", 973987200},              {"12 Nov 67544 12:00:00", noon}});  // 16 bits: 2008
+      {"Wed, 5 Nov 2008 00:00:00", noon - 7 * 86400 - 43200}, {"12 Nov 2008 12:34:xx", noon + 2040},
+      {"12 Nov 2008 12:34:56:99 GMT", noon + 2096}, {"12 Nov 2008 12::34 GMT", noon + 2040},
+      {"12 Nov 2008 12:00:00 GMT (comment)", noon}, {"12 Nov 49 00:00:00", 2520288000},
+      {"12 Nov 50 00:00:00", -603936000}, {"12 Nov 0 00:00:00", 973987200},
+      {"12 Nov 67544 12:00:00", noon}});  // 16 bits: 2008
   ExpectRefused(&Time::ParseRfc822, {
       "12 Nov 100 00:00:00", "Wed 12 Nov 2008 12:34:56 GMT", "Xyz, 12 Nov 2008 12:34:56 GMT", "Wed", "",
       "Wednesday, 12 Nov 2008 12:34:56 GMT", "32 Nov 2008 00:00:00", "0 Nov 2008 00:00:00", "12 Nov 2008",
@@ -76,8 +76,8 @@ TEST(TimeInternetParse, ZonesByNumberLetterAndName) {
   // Seconds since 1970: noon less the offset east of Greenwich.
   // Not the name table row by row: its ends, case, and the letters around the gap at J.
   Expect(&Time::ParseRfc822, 1000, {
-      {"+0100", noon - 3600},  {"-0100", noon + 3600},  {"+0530", noon - 19800}, {"-0530", noon + 19800},
-      {"0530", noon - 19800},  {"+530", noon - 19800},  {"-0059", noon + 3540},  {"+9959", noon - 359940},
+      {"+0100", noon - 3600}, {"-0530", noon + 19800}, {"0530", noon - 19800}, {"+530", noon - 19800},
+      {"-0059", noon + 3540}, {"+9959", noon - 359940},
       {"UT", noon},            {"gmt", noon},           {"EST", noon + 5 * 3600}, {"PDT", noon + 7 * 3600},
       {"A", noon - 3600},      {"i", noon - 9 * 3600},  {"K", noon - 10 * 3600}, {"M", noon - 12 * 3600},
       {"N", noon + 3600},      {"y", noon + 12 * 3600}, {"z", noon}}, "12 Nov 2008 12:00:00 ");
