@@ -32,8 +32,8 @@ TEST(Win32Clock, GmtimeEdges) {
     std::tm out;
     EXPECT_EQ(Win32::_gmtime64_s(&out, &c.first), c.second) << c.first;
     if (c.second == 0) continue;
-    EXPECT_EQ(Of(out), Fields(1899, 0, -1, -1, -1, -1, -1, 0));
-    EXPECT_EQ(std::make_pair(out.tm_yday, out.tm_isdst), std::make_pair(-1, -1));
+    EXPECT_EQ(std::make_tuple(Of(out), out.tm_yday, out.tm_isdst),
+              std::make_tuple(Fields(1899, 0, -1, -1, -1, -1, -1, 0), -1, -1));
   }
   std::tm out;
   EXPECT_EQ(Win32::_gmtime64_s(&out, nullptr), EINVAL);
@@ -72,14 +72,7 @@ TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   const std::uint64_t noon = 150000000000000000u;
   const Win32::FILETIME utc = Split(noon);
   Win32::FILETIME local, back;
-  const std::pair<const char*, std::uint64_t> cases[] = {{zoneWest0530, noon - 198000000000},
-                                                          {zoneEast0100, noon + 36000000000}};
-  for (const auto& c : cases) {
-    ZoneGuard zone(c.first);
-    EXPECT_EQ(Win32::FileTimeToLocalFileTime(&utc, &local), 1);
-    EXPECT_EQ(Win32::LocalFileTimeToFileTime(&local, &back), 1);
-    EXPECT_EQ(std::make_pair(Join(local), Join(back)), std::make_pair(c.second, noon)) << c.first;
-  }
+  // Both ways under fixed zones show through Time's kinds (TimeTest).
   {
     ZoneGuard zone("UTC0");
     ::setenv("TZ", zoneEast0100, 1);  // changed without tzset: read anew all the same
@@ -90,7 +83,7 @@ TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   // a daylight-saving change.
   ZoneGuard zone("EST5EDT,M3.2.0,M11.1.0");
   const Win32::FILETIME early = Split(5);
-  Win32::FileTimeToLocalFileTime(&early, &local);
+  EXPECT_EQ(Win32::FileTimeToLocalFileTime(&early, &local), 1);
   Win32::LocalFileTimeToFileTime(&local, &back);
   EXPECT_EQ(Join(back), 5u);
 }

@@ -67,10 +67,10 @@ TEST(TimeIsoFormat, EachFlagTakesItsPieceAwayAndLocalTimesShowTheirOffset) {
 constexpr std::int64_t noon = 1226491200000, hour = 3600000;  // 2008-11-12 12:00:00 UTC, ms
 constexpr std::int64_t clock = noon + 2096000, midnight = noon - 43200000;  // 12:34:56, 00:00
 
+// What the formats write reads back in the fuzz target (ParseIsoFuzz); here the other forms.
 TEST(TimeIsoParse, ExtendedBasicAndMixedForms) {
   Expect(&Time::ParseIso, 1, {
-      {"2008-11-12T12:34:56.789Z", clock + 789}, {"20081112T123456.789Z", clock + 789}, {"2008-11-12", midnight},
-      {"2008-11-12 12:34", noon + 2040000}, {"2008-11-12_12:34:56.1", clock + 100}, {"2008-11-12T", midnight},
+      {"2008-11-12", midnight}, {"2008-11-12_12:34:56.1", clock + 100}, {"2008-11-12T", midnight},
       {"  2008-11-12 _T ", midnight}, {"2008-1112", midnight}, {"200811-12T1234", noon + 2040000},
       {"2008-11-12T12:34:56.12", clock + 120}, {"2008-11-12T12:34:56.123456", clock + 123},
       {"2008-11-12T12:34:56.999999Z", clock + 999},  // cut, not rounded

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <limits>
 #include <tuple>
+#include <utility>
 
 namespace Tessera {
 namespace {
@@ -36,8 +37,7 @@ TEST(TimeSpan, RenderTruncatesTowardZeroKeepsTheSignAndLow32Bits) {
                         Case{std::int64_t{0x80000000} * second, std::numeric_limits<std::int32_t>::min(), 0}}) {
     ::timeval out{};
     TimeSpan(c.ticks).Render(out);
-    EXPECT_EQ(out.tv_sec, c.sec) << c.ticks;
-    EXPECT_EQ(out.tv_usec, c.usec) << c.ticks;
+    EXPECT_EQ(std::make_pair(out.tv_sec, out.tv_usec), std::make_pair(c.sec, c.usec)) << c.ticks;
   }
 }
 
