@@ -14,7 +14,7 @@ namespace {
 // Usable in constant expressions, hence before any code of the library has run.
 static_assert(TimeSpan::day.GetTicks() == 864000000000 && TimeSpan::microsecond.GetTicks() == 10, "constants");
 
-TEST(TimeSpan, ArithmeticWrapsComparesByTicksAndDividesInFloatingPoint) {
+TEST(TimeSpan, ArithmeticWrapsComparesByTicksDividesInFloatingPointAndRenders) {
   constexpr TimeSpan min(std::numeric_limits<std::int64_t>::min()), max(std::numeric_limits<std::int64_t>::max());
   static_assert(-min == min && max + TimeSpan(1) == min && min - TimeSpan(1) == max, "wrap");
   static_assert(TimeSpan::second - TimeSpan::minute == -TimeSpan(590000000), "difference");
@@ -27,9 +27,7 @@ TEST(TimeSpan, ArithmeticWrapsComparesByTicksAndDividesInFloatingPoint) {
   EXPECT_DOUBLE_EQ(TimeSpan::second.div(TimeSpan::minute), 1.0 / 60.0);
   EXPECT_EQ(TimeSpan(-7).div(TimeSpan()), -HUGE_VAL);
   EXPECT_TRUE(std::isnan(TimeSpan().div(TimeSpan())));
-}
-
-TEST(TimeSpan, RenderTruncatesTowardZeroKeepsTheSignAndLow32Bits) {
+  // A timeval truncates toward zero, keeps the sign, and keeps the low 32 bits of the seconds.
   const std::int64_t second = TimeSpan::second.GetTicks();
   struct Case { std::int64_t ticks; long sec, usec; };
   for (const Case& c : {Case{-15000000, -1, -500000}, Case{9, 0, 0}, Case{19, 0, 1}, Case{-19, 0, -1},
