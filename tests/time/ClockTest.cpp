@@ -25,26 +25,22 @@ Win32::SYSTEMTIME System(int y, int m, int d, int h = 0, int min = 0, int s = 0,
 }
 
 // Any instant of the whole range against the C library, both ways and through _gmtime64_s,
-// is the fuzz target's (CalendarFuzz); here the edges of _gmtime64_s.
+// is the fuzz target's (CalendarFuzz); here the edges it would not hit and what refusals write.
 TEST(Win32Clock, GmtimeEdges) {
-  for (const std::int64_t value : {std::int64_t{0}, std::int64_t{32535215999}}) {
-    std::tm out, expected;
-    const std::time_t t = static_cast<std::time_t>(value);
-    ASSERT_EQ(Win32::_gmtime64_s(&out, &value), 0);
-    ::gmtime_r(&t, &expected);
-    EXPECT_EQ(std::make_tuple(Of(out), out.tm_yday, out.tm_isdst), std::make_tuple(Of(expected), expected.tm_yday, 0));
-  }
-  for (const std::int64_t value : {std::int64_t{-1}, std::int64_t{32535216000}}) {
+  const std::pair<std::int64_t, int> cases[] = {{0, 0}, {32535215999, 0}, {-1, EINVAL}, {32535216000, EINVAL}};
+  for (const auto& c : cases) {
     std::tm out;
-    ASSERT_EQ(Win32::_gmtime64_s(&out, &value), EINVAL);
-    EXPECT_EQ(Of(out), Fields(1899, 0, -1, -1, -1, -1, -1, 0));
-    EXPECT_EQ(std::make_pair(out.tm_yday, out.tm_isdst), std::make_pair(-1, -1));
+    EXPECT_EQ(Win32::_gmtime64_s(&out, &c.first), c.second) << c.first;
+    if (c.second == 0) continue;
+    EXPECT_EQ(std::make_tuple(Of(out), out.tm_yday, out.tm_isdst),
+              std::make_tuple(Fields(1899, 0, -1, -1, -1, -1, -1, 0), -1, -1));
   }
   std::tm out;
   EXPECT_EQ(Win32::_gmtime64_s(&out, nullptr), EINVAL);
   EXPECT_EQ(Win32::_gmtime64_s(nullptr, nullptr), EINVAL);
 }
 
+// Valid fields both ways are the fuzz target's; here what it cannot make: bad fields, ends, a negative count.
 TEST(Win32Clock, CalendarLimits) {
   const Win32::SYSTEMTIME bad[] = {
       System(1600, 12, 31, 23, 59, 59, 999), System(30828, 1, 1), System(2008, 0, 1), System(2008, 13, 1),
@@ -59,37 +55,24 @@ TEST(Win32Clock, CalendarLimits) {
     EXPECT_EQ(Join(out), 0x9ABCDEF12345678u);
   }
   Win32::FILETIME out;
-  const Win32::SYSTEMTIME first = System(1601, 1, 1), last = System(30827, 12, 31, 23, 59, 59, 999);
-  ASSERT_TRUE(Win32::SystemTimeToFileTime(&first, &out));
-  EXPECT_EQ(Join(out), 0u);
+  const Win32::SYSTEMTIME last = System(30827, 12, 31, 23, 59, 59, 999);
   ASSERT_TRUE(Win32::SystemTimeToFileTime(&last, &out));
   EXPECT_EQ(Join(out), 9223149888000000000u - 10000);
-
-  // Every positive count renders; the largest is a Thursday in 30828, zero a Monday.
   Win32::SYSTEMTIME fields;
-  const Win32::FILETIME largest = Split(0x7FFFFFFFFFFFFFFFu), zero = Split(0), negative = Split(1ull << 63);
+  const Win32::FILETIME largest = Split(0x7FFFFFFFFFFFFFFFu), negative = Split(1ull << 63);
   ASSERT_TRUE(Win32::FileTimeToSystemTime(&largest, &fields));
   EXPECT_EQ(Of(fields), Fields(30828, 9, 14, 4, 2, 48, 5, 477));
-  ASSERT_TRUE(Win32::FileTimeToSystemTime(&zero, &fields));
-  EXPECT_EQ(Of(fields), Fields(1601, 1, 1, 1, 0, 0, 0, 0));
   Win32::SetLastError(0);
   EXPECT_FALSE(Win32::FileTimeToSystemTime(&negative, &fields));
   EXPECT_EQ(Win32::GetLastError(), Win32::ERROR_INVALID_PARAMETER);
-  EXPECT_EQ(fields.wYear, 1601);
+  EXPECT_EQ(fields.wYear, 30828);  // left as it was
 }
 
 TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   const std::uint64_t noon = 150000000000000000u;
   const Win32::FILETIME utc = Split(noon);
   Win32::FILETIME local, back;
-  const std::pair<const char*, std::uint64_t> cases[] = {{zoneWest0530, noon - 198000000000},
-                                                          {zoneEast0100, noon + 36000000000}};
-  for (const auto& c : cases) {
-    ZoneGuard zone(c.first);
-    EXPECT_EQ(Win32::FileTimeToLocalFileTime(&utc, &local), 1);
-    EXPECT_EQ(Win32::LocalFileTimeToFileTime(&local, &back), 1);
-    EXPECT_EQ(std::make_pair(Join(local), Join(back)), std::make_pair(c.second, noon)) << c.first;
-  }
+  // Both ways under fixed zones show through Time's kinds (TimeTest).
   {
     ZoneGuard zone("UTC0");
     ::setenv("TZ", zoneEast0100, 1);  // changed without tzset: read anew all the same
@@ -100,20 +83,16 @@ TEST(Win32Clock, LocalConversionFollowsTzAsItIsSetNow) {
   // a daylight-saving change.
   ZoneGuard zone("EST5EDT,M3.2.0,M11.1.0");
   const Win32::FILETIME early = Split(5);
-  Win32::FileTimeToLocalFileTime(&early, &local);
+  EXPECT_EQ(Win32::FileTimeToLocalFileTime(&early, &local), 1);
   Win32::LocalFileTimeToFileTime(&local, &back);
   EXPECT_EQ(Join(back), 5u);
 }
 
+// How fast it advances shows in the stopwatch tests.
 TEST(Win32Clock, PerformanceCounterCountsNanoseconds) {
-  Win32::LARGE_INTEGER frequency, previous, now;
-  EXPECT_EQ(Win32::QueryPerformanceFrequency(&frequency), 1);
-  EXPECT_EQ(Win32::QueryPerformanceCounter(&previous), 1);
-  EXPECT_EQ(frequency.QuadPart, 1000000000);
-  const ::timespec pause{0, 2000000};
-  ::nanosleep(&pause, nullptr);
-  Win32::QueryPerformanceCounter(&now);
-  EXPECT_GE(now.QuadPart - previous.QuadPart, 2000000);
+  Win32::LARGE_INTEGER frequency, now;
+  EXPECT_EQ(std::make_tuple(Win32::QueryPerformanceFrequency(&frequency), Win32::QueryPerformanceCounter(&now),
+                            frequency.QuadPart), std::make_tuple(1, 1, 1000000000));
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ std::string Iso(const Time& time, std::int32_t flags) {
   return out;
 }
 
-TEST(TimeIsoFormat, EachFlagTakesItsPieceAway) {
+TEST(TimeIsoFormat, EachFlagTakesItsPieceAwayAndLocalTimesShowTheirOffset) {
   const Time time(2008, 11, 12, 12, 34, 56, 789, TimeKind::Utc);
   const struct { std::int32_t flags; const char* text; } cases[] = {
       {0, "2008-11-12T12:34:56.789Z"},       {noFraction, "2008-11-12T12:34:56Z"}, {noSeconds, "2008-11-12T12:34Z"},
@@ -48,30 +48,29 @@ TEST(TimeIsoFormat, EachFlagTakesItsPieceAway) {
   Time(2008, 1, 2, 3, 4, 5, 6, TimeKind::Utc).OutputIso(stream, noZone);
   stream << ' ' << std::setw(4) << 7;
   EXPECT_EQ(stream.str(), "at     42 2008-01-02T03:04:05.006 0007");
-}
 
-TEST(TimeIsoFormat, LocalTimesEndInTheirOffset) {
-  const struct { const char* zone; std::int32_t flags; const char* text; } cases[] = {
+  // Local times end in the offset in force; UTC ones keep their stored ticks under any zone.
+  const struct { const char* zone; std::int32_t flags; const char* text; } locals[] = {
       {zoneWest0530, 0, "2008-11-12T12:34:56.789-05:30"},  {zoneWest0530, compact, "20081112T123456.789-05:30"},
       {zoneWest0530, shortZone, "2008-11-12T12:34:56.789-05:30"},
       {zoneWest0500, 0, "2008-11-12T12:34:56.789-05:00"},  {zoneWest0500, shortZone, "2008-11-12T12:34:56.789-05"},
       {zoneWest0500, shortZone | noSeconds, "2008-11-12T12:34-05"},
       {zoneEast0100, noFraction, "2008-11-12T12:34:56+01:00"},
       {zoneWest0030, shortZone, "2008-11-12T12:34:56.789-00:30"}};
-  for (const auto& c : cases) {
+  for (const auto& c : locals) {
     ZoneGuard zone(c.zone);
     EXPECT_EQ(Iso(Time(2008, 11, 12, 12, 34, 56, 789, TimeKind::Local), c.flags), c.text);
-    EXPECT_EQ(Iso(Time(2008, 11, 12, TimeKind::Utc), 0), "2008-11-12T00:00:00.000Z");  // stored ticks as they are
+    EXPECT_EQ(Iso(time, 0), "2008-11-12T12:34:56.789Z");
   }
 }
 
 constexpr std::int64_t noon = 1226491200000, hour = 3600000;  // 2008-11-12 12:00:00 UTC, ms
 constexpr std::int64_t clock = noon + 2096000, midnight = noon - 43200000;  // 12:34:56, 00:00
 
+// What the formats write reads back in the fuzz target (ParseIsoFuzz); here the other forms.
 TEST(TimeIsoParse, ExtendedBasicAndMixedForms) {
   Expect(&Time::ParseIso, 1, {
-      {"2008-11-12T12:34:56.789Z", clock + 789}, {"20081112T123456.789Z", clock + 789}, {"2008-11-12", midnight},
-      {"2008-11-12 12:34", noon + 2040000}, {"2008-11-12_12:34:56.1", clock + 100}, {"2008-11-12T", midnight},
+      {"2008-11-12", midnight}, {"2008-11-12_12:34:56.1", clock + 100}, {"2008-11-12T", midnight},
       {"  2008-11-12 _T ", midnight}, {"2008-1112", midnight}, {"200811-12T1234", noon + 2040000},
       {"2008-11-12T12:34:56.12", clock + 120}, {"2008-11-12T12:34:56.123456", clock + 123},
       {"2008-11-12T12:34:56.999999Z", clock + 999},  // cut, not rounded
@@ -93,8 +92,8 @@ TEST(TimeIsoParse, ZonesAreTakenOff) {
       {"12:00:00.000-00:30", noon + 1800000},
       {"12:00:00.000+99:59", noon - 99 * hour - 3540000}, {"12:00:00+05junk", noon - 5 * hour},  // ignored without ":"
       // Straight behind the seconds or the minutes.
-      {"12:34:56Z", clock}, {"12:34:56+05:00", clock - 5 * hour}, {"12:34+05:00", clock34 - 5 * hour},
-      {"12:34+0500", clock34 - 5 * hour}, {"12:34-05:00", clock34 + 5 * hour}, {"1234Z", clock34}}, "2008-11-12T");
+      {"12:34:56Z", clock}, {"12:34:56+05:00", clock - 5 * hour}, {"12:34-05:00", clock34 + 5 * hour},
+      {"1234Z", clock34}}, "2008-11-12T");
   ExpectRefused(&Time::ParseIso, {"12:00:00+05:3", "12:00:00.000+05:", "12:00:00+05:60", "12:00:00+0560", "12:00:00+5",
                                   "12:00:00+-5:00", "12:00:00X", "12:00:00Zulu", "12:34:Z"}, "2008-11-12T");
 }
