@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <string>
 #include <thread>
 #include <tuple>
@@ -198,32 +199,28 @@ TEST(TextConv, PlatformCallsGiveTheWindowsResults) {
   char16_t units[8];
   char bytes[8];
   BOOL used = 0;
-  // Each call's result and the last error after it.
-  auto result = [](int returned) { return std::make_pair(returned, GetLastError()); };
-  using R = std::pair<int, DWORD>;
-  SetLastError(0);
-  // Sizing, the NUL of a -1 length, and a target too small.
-  EXPECT_EQ(result(MultiByteToWideChar(932, 0, "a\x82\xA0", 3, nullptr, 0)), R(2, 0));
-  EXPECT_EQ(result(MultiByteToWideChar(1252, 0, "ab", -1, units, 8)), R(3, 0));
+  // Each call's result and the last error after it: sizing, a target too small, refusals, and
+  // last the NUL of a -1 length.
+  const struct { std::function<int()> call; int result; DWORD error; } calls[] = {
+      {[&] { return MultiByteToWideChar(932, 0, "a\x82\xA0", 3, nullptr, 0); }, 2, 0},
+      {[&] { return WideCharToMultiByte(932, 0, u"a\u3042", 2, nullptr, 0, nullptr, nullptr); }, 3, 0},
+      {[&] { return MultiByteToWideChar(932, 0, "a\x82\xA0", 3, units, 1); }, 0, ERROR_INSUFFICIENT_BUFFER},
+      {[&] { return WideCharToMultiByte(932, 0, u"a\u3042", 2, bytes, 2, nullptr, nullptr); }, 0, ERROR_INSUFFICIENT_BUFFER},
+      {[&] { return WideCharToMultiByte(65001, 0, u"\u20AC", 1, bytes, 2, nullptr, nullptr); }, 0, ERROR_INSUFFICIENT_BUFFER},
+      {[&] { return WideCharToMultiByte(65001, 0, u"a", 1, bytes, 8, "#", nullptr); }, 0, ERROR_INVALID_PARAMETER},
+      {[&] { return MultiByteToWideChar(20105, 0, "a", 1, units, 8); }, 0, ERROR_INVALID_PARAMETER},
+      {[&] { return MultiByteToWideChar(1252, 0, "a", 0, units, 8); }, 0, ERROR_INVALID_PARAMETER},
+      {[&] { return MultiByteToWideChar(1252, 8, "a", 1, units, 8); }, 0, ERROR_INVALID_FLAGS},
+      {[&] { return MultiByteToWideChar(1252, 0, "ab", -1, units, 8); }, 3, 0}};
+  for (const auto& c : calls) {
+    SetLastError(0);
+    const int returned = c.call();
+    EXPECT_EQ(std::make_pair(returned, GetLastError()), std::make_pair(c.result, c.error)) << &c - calls;
+  }
   EXPECT_EQ(units[2], u'\0');
-  EXPECT_EQ(result(WideCharToMultiByte(932, 0, u"a\u3042", 2, nullptr, 0, nullptr, nullptr)), R(3, 0));
-  EXPECT_EQ(result(MultiByteToWideChar(932, 0, "a\x82\xA0", 3, units, 1)), R(0, ERROR_INSUFFICIENT_BUFFER));
-  SetLastError(0);
-  EXPECT_EQ(result(WideCharToMultiByte(932, 0, u"a\u3042", 2, bytes, 2, nullptr, nullptr)),
-            R(0, ERROR_INSUFFICIENT_BUFFER));
-  SetLastError(0);
-  EXPECT_EQ(result(WideCharToMultiByte(65001, 0, u"\u20AC", 1, bytes, 2, nullptr, nullptr)),
-            R(0, ERROR_INSUFFICIENT_BUFFER));
   // A default character of the caller's, and the report of its use.
   EXPECT_EQ(WideCharToMultiByte(1252, 0, u"a\u4E00", 2, bytes, 8, "#", &used), 2);
   EXPECT_EQ(std::string(bytes, 2) + (used ? "+" : "-"), "a#+");
-  // Refusals.
-  EXPECT_EQ(result(WideCharToMultiByte(65001, 0, u"a", 1, bytes, 8, "#", nullptr)), R(0, ERROR_INVALID_PARAMETER));
-  SetLastError(0);
-  EXPECT_EQ(result(MultiByteToWideChar(20105, 0, "a", 1, units, 8)), R(0, ERROR_INVALID_PARAMETER));
-  SetLastError(0);
-  EXPECT_EQ(result(MultiByteToWideChar(1252, 0, "a", 0, units, 8)), R(0, ERROR_INVALID_PARAMETER));
-  EXPECT_EQ(result(MultiByteToWideChar(1252, 8, "a", 1, units, 8)), R(0, ERROR_INVALID_FLAGS));
 }
 
 TEST(TextConv, DefaultPageFollowsTheLocaleCodeset) {
