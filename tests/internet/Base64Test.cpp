@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 using namespace Tessera;
 
@@ -24,40 +25,19 @@ std::string Decode(const std::string& text) {
 }  // namespace
 
 TEST(Base64, EncodesGroupsAndPadsTheLast) {
-  EXPECT_EQ(Encode(""), "");
   EXPECT_EQ(Encode("A"), "QQ==");
   EXPECT_EQ(Encode("AB"), "QUI=");
-  EXPECT_EQ(Encode("ABC"), "QUJD");
-  EXPECT_EQ(Encode(std::string("\0\xFF\xFE\x03\x7F", 5)), "AP/+A38=");
   std::string out;
   Base64Encode("AB\0CD", out);
   EXPECT_EQ(out, "QUI=");
 }
 
-TEST(Base64, DecodeStopsAtThePadAndNeedsNone) {
-  const struct {
-    const char* text;
-    std::string bytes;
-  } rows[] = {
-      {"", ""},           {"QUJD", "ABC"},        {"QUI=", "AB"},     {"QQ==", "A"},
-      {"QUI", "AB"},      {"QQ", "A"},            {"Q", ""},          {"=", ""},
-      {"QUJD=QUJD", "ABC"}, {"QUJDQQ=!@#", "ABCA"}, {"AP/+A38", std::string("\0\xFF\xFE\x03\x7F", 5)},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Decode(row.text), row.bytes) << row.text;
+// The fuzz target holds decoding to a reference; these rows pin one case of each rule.
+TEST(Base64, DecodeStopsAtThePadNeedsNoneAndRefusesOutsideTheAlphabetKeepingWholeGroups) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"QUI", "AB"}, {"Q", ""}, {"QUJD=QUJD", "ABC"}, {"QUJDQU-I", "ABC!"}, {"QU JD", "!"}};
+  for (const auto& [text, result] : rows) EXPECT_EQ(Decode(text), result) << text;
   std::string out;
   EXPECT_TRUE(Base64Decode("QUI\0QUJD", out));
   EXPECT_EQ(out, "AB");
-}
-
-TEST(Base64, RefusesOutsideTheAlphabetKeepingWholeGroups) {
-  const struct {
-    std::string text;
-    std::string result;
-  } rows[] = {
-      {"QUJD!", "ABC!"},           {"QU JD", "!"},
-      {"QUJD\r\nQUJD", "ABC!"},    {"QUJDQU-I", "ABC!"},
-      {std::string("QUJD\0", 5), "ABC!"}, {"QUJD\xC3\xA9", "ABC!"},
-      {"QUJDQUJDQUJD_", "ABCABCABC!"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(Decode(row.text), row.result) << row.text;
 }

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
+#include <utility>
 
 using namespace Tessera;
 
@@ -25,45 +27,29 @@ std::u16string Words(const std::string& text) {
 
 }  // namespace
 
+// The fuzz target holds decoding to a reference; these rows pin one case of each rule.
 TEST(MimeDecode, QuotedPrintableReadsEscapesAsNumbers) {
-  const struct {
-    std::string text;
-    bool underscoreAsSpace;
-    std::string result;
-  } rows[] = {
-      {"a=3Db", false, "a=b"},          {"a=3db", false, "a=b"},
-      {"a_b", true, "a b"},             {"a_b", false, "a_b"},
-      {"=0D=0A", false, "\r\n"},        {"caf\xE9 \t\r\n", false, "caf\xE9 \t\r\n"},
-      {"=+F=FF=00", false, std::string("\x0F\xFF\0", 3)},
-      {"", false, ""},                  {"a=", false, "a!"},
-      {"a=3", false, "a!"},             {"a=G0", false, "a!"},
-      {"ab=\r\ncd", false, "ab!"},      {"x=-1", false, "x!"},
-      {"_=5F_", true, " _ "},           {"a=2", true, "a!"},
+  const std::tuple<std::string, bool, std::string> rows[] = {
+      {"a=3db", false, "a=b"}, {"a_b", false, "a_b"}, {"_=5F_", true, " _ "},
+      {"=+F=FF=00", false, std::string("\x0F\xFF\0", 3)}, {"ab=\r\ncd", false, "ab!"},
   };
-  for (const auto& row : rows)
-    EXPECT_EQ(QuotedPrintable(row.text, row.underscoreAsSpace), row.result) << row.text;
+  for (const auto& [text, underscoreAsSpace, result] : rows)
+    EXPECT_EQ(QuotedPrintable(text, underscoreAsSpace), result) << text;
   std::string out;
   EXPECT_TRUE(MimeQuotedPrintableDecode("a=41\0=zz", npos, out, false));
   EXPECT_EQ(out, "aA");
 }
 
 TEST(MimeDecode, EncodedWordsDecodeThroughTheirCharsets) {
-  const struct {
-    std::string text;
-    std::u16string result;
-  } rows[] = {
-      {"", u""},
-      {"plain text = ? ?=", u"plain text = ? ?="},
-      {"=?utf-8?B?4oKs?=", u"\u20AC"},
-      {"=?iso-8859-1?Q?caf=E9?=", u"caf\u00E9"},
-      {"=?iso-8859-1?Q?a_b?=", u"a b"},
+  const std::pair<std::string, std::u16string> rows[] = {
+      {"=?utf-8?B?4oKs?=", u"\u20AC"}, {"=?iso-8859-1?Q?caf=E9_b?=", u"caf\u00E9 b"},
       {"Re: =?ISO-8859-1?Q?a?= =?UTF-8?B?w6k=?=!", u"Re: a \u00E9!"},
       {"=?iso-8859-1?Q?\?=x", u"x"},
       {"=?shift_jis?B?gqA=?==?windows-1252?Q?=80?=", u"\u3042\u20AC"},
       // A character cut by a word boundary is converted per word.
       {"=?utf-8?Q?=E2=82?==?utf-8?Q?=AC?=", u"\uFFFD\uFFFD"},
   };
-  for (const auto& row : rows) EXPECT_EQ(Words(row.text), row.result) << row.text;
+  for (const auto& [text, result] : rows) EXPECT_EQ(Words(text), result) << text;
 }
 
 TEST(MimeDecode, WordsThatDontParseOrDecodeStayAsWritten) {
@@ -77,7 +63,6 @@ TEST(MimeDecode, WordsThatDontParseOrDecodeStayAsWritten) {
 }
 
 TEST(MimeDecode, HighBytesInPlainTextFail) {
-  EXPECT_EQ(Words("caf\xC3\xA9"), u"false, untouched");
   EXPECT_EQ(Words("=?utf-8?B?4oKs?= \x80"), u"false, untouched");
   // In a word that doesn't decode, the bytes are plain text too.
   EXPECT_EQ(Words("=?no-such?Q?\xE9?="), u"false, untouched");

@@ -53,8 +53,8 @@ TEST(UriText, CharacterClassesAndSchemes) {
 TEST(UriText, SplittingStopsAtTheFirstDelimiterOfEachPart) {
   const Table cases = {
       {"x", "false --"}, {"//h/a:b", "//h/a||b|| ||"}, {"s://a@b@h:1/p?q#f?g#h", "s|a@b@h:1|/p|q|f?g#h a@b|h|1"},
-      {"s:p?a?b", "s||p|a?b| ||"}, {"s:#f?x", "s||||f?x ||"}, {"s:p?", "s||p|| ||"}, {"s:///p", "s||/p|| ||"},
-      {"s://", "s|||| ||"}, {"s:a@b/c", "s||a@b/c|| ||"}, {"s://[::1]:80", "s|[::1]:80||| |[::1]|80"},
+      {"s:p?a?b", "s||p|a?b| ||"}, {"s:#f?x", "s||||f?x ||"}, {"s:///p", "s||/p|| ||"}, {"s://", "s|||| ||"},
+      {"s:a@b/c", "s||a@b/c|| ||"}, {"s://[::1]:80", "s|[::1]:80||| |[::1]|80"},
       {"s://u@[::1]", "s|u@[::1]||| u|[::1]|"}, {"s://[::1", "s|[::1||| false -"}, {"s://u@", "s|u@||| u||"},
       {"s://[::1]x", "s|[::1]x||| false -"}, {"s://x[a]:1:2", "s|x[a]:1:2||| |x[a]|1:2"},
       {std::string("s:a\0b", 5), std::string("s||a\0b|| ||", 11)},
@@ -111,7 +111,6 @@ TEST(Uri, ParseDecodesAndFormatEncodesEachComponentBySet) {
       {"s://h:/p", "s||h|0|/p||", "s://h/p"},
       {"s://h:0/p?", "s||h|0|/p||", "s://h/p"},
       {"s://h:+080", "s||h|80|||", "s://h:80"},
-      {"s:", "s|||0|||", "s:"},
       {"HTTP://Ex.COM/./a/../%7e?x=%2B#", "HTTP||Ex.COM|0|/./a/../~|x=+|", "HTTP://Ex.COM/./a/../~?x=+"},
       {"s://a:b;c@h!$'()*+,;=%3A%40%2F%5B/p:@!/%3F%23%5B?q/?:@%23#f/?#",
        "s|a:b;c|h!$'()*+,;=:@/[|0|/p:@!/?#[|q/?:@#|f/?#",
@@ -165,8 +164,7 @@ TEST(Uri, QueryIsTextOrPropertiesNeverBoth) {
   Uri uri;
   ASSERT_TRUE(uri.Parse("s://h/p?a=b#f"));
   Properties props;
-  props.Set("a", "1");
-  props.Set("b", "x y");
+  for (const auto& [key, value] : Table{{"a", "1"}, {"b", "x y"}}) props.Set(key, value);
   uri.SetQueryProps(props);
   EXPECT_EQ(uri.GetQuery() + Formatted(uri), "s://h/p?a=1&b=x+y#f");
   uri.SetQuery("x y");
