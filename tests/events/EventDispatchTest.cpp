@@ -105,18 +105,6 @@ TEST(EventDispatch, FailuresLeaveTheRestQueuedAndTheLockFree) {
   EXPECT_EQ(dispatch.posted, 1);
   dispatch.Drain();
   EXPECT_EQ(log, "B1 B2 A2 B3 A3 ");
-
-  dispatch.SetInitialized(false);
-  try {
-    dispatch.PostEvent(Make(4));
-    FAIL();
-  } catch (const Plaint::LogicError& error) {
-    EXPECT_STREQ(error.what(), "invalid object state");
-    EXPECT_STREQ(error.GetContext().function, "Tessera::EventDispatchMixIn::PostEvent");
-  }
-  dispatch.SetInitialized(true);
-  dispatch.PostEvent(Make(5));
-  EXPECT_EQ(dispatch.posted, 2);
 }
 
 TEST(Win32EventDispatch, OneQueueMessagePerBurstFromAnyThread) {
@@ -127,7 +115,13 @@ TEST(Win32EventDispatch, OneQueueMessagePerBurstFromAnyThread) {
   Recorder target("T", log);
   Win32EventDispatch dispatch;
   dispatch.RegisterTarget(target);
-  EXPECT_THROW(dispatch.PostEvent(Make(0)), Plaint::LogicError);
+  try {
+    dispatch.PostEvent(Make(0));  // no window yet
+    FAIL();
+  } catch (const Plaint::LogicError& error) {
+    EXPECT_STREQ(error.what(), "invalid object state");
+    EXPECT_STREQ(error.GetContext().function, "Tessera::EventDispatchMixIn::PostEvent");
+  }
   dispatch.Initialize(window);
   std::thread([&] {
     for (std::uint32_t n = 1; n <= 100; ++n) dispatch.PostEvent(Make(n));
