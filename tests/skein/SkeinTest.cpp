@@ -4,13 +4,9 @@
 
 #include <gtest/gtest.h>
 
-#include <poll.h>
-#include <sys/eventfd.h>
-
 #include <atomic>
 #include <chrono>
 #include <thread>
-#include <tuple>
 #include <vector>
 
 namespace Skein {
@@ -54,12 +50,11 @@ TEST(Waitable, TimeoutRemainingAndAliasing) {
   std::uint64_t unlimited = Waitable::infinite;
   EXPECT_TRUE(event.Wait(unlimited, &unlimited));
   EXPECT_EQ(unlimited, Waitable::infinite);
-  EXPECT_TRUE(event.Wait(0, nullptr));  // a manual event stays set
   event.Reset();
   EXPECT_FALSE(event.Wait(0, nullptr));
 }
 
-TEST(Waitable, AutoEventLetsOneWaiterPassPerSetAcrossThreadsAndHandles) {
+TEST(Waitable, AutoEventLetsOneWaiterPassPerSetAcrossThreads) {
   AutoEvent event(true);
   EXPECT_TRUE(event.Wait(0, nullptr));
   event.Set();
@@ -69,8 +64,7 @@ TEST(Waitable, AutoEventLetsOneWaiterPassPerSetAcrossThreadsAndHandles) {
 
   std::atomic<int> passed{0};
   std::vector<std::thread> waiters;
-  for (int i = 0; i < 3; ++i)
-    waiters.emplace_back([&] { passed += event.Wait(2000, nullptr); });
+  for (int i = 0; i < 3; ++i) waiters.emplace_back([&] { passed += event.Wait(2000, nullptr); });
   for (int i = 0; i < 3; ++i) {
     event.Set();
     for (int spin = 0; spin < 200 && passed.load() <= i; ++spin)
@@ -78,22 +72,6 @@ TEST(Waitable, AutoEventLetsOneWaiterPassPerSetAcrossThreadsAndHandles) {
   }
   for (auto& waiter : waiters) waiter.join();
   EXPECT_EQ(passed, 3);
-
-  // A timer thread signals through the descriptor; a poll loop sees it readable until taken.
-  pollfd entry{event.GetHandle(), POLLIN, 0};
-  EXPECT_EQ(poll(&entry, 1, 0), 0);
-  std::thread([fd = event.GetHandle()] { eventfd_write(fd, 1); }).join();
-  EXPECT_EQ(poll(&entry, 1, 1000), 1);
-  EXPECT_TRUE(event.Wait(1000, nullptr));
-  EXPECT_EQ(poll(&entry, 1, 0), 0);
-}
-
-TEST(Thread, SelfIdIsNonZeroStableAndPerThread) {
-  const std::uint32_t mine = Thread::GetSelfId();
-  std::uint32_t other = 0;
-  std::thread([&] { other = Thread::GetSelfId(); }).join();
-  EXPECT_EQ(std::make_tuple(mine != 0, Thread::GetSelfId() == mine, other != 0, other != mine),
-            std::make_tuple(true, true, true, true));
 }
 
 }  // namespace
