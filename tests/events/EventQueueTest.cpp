@@ -83,12 +83,10 @@ TEST(EventQueue, PullsInOrderWithTimeOutsInWholeMilliseconds) {
   EXPECT_EQ(Number(queue.PullEvent()), 2u);
   EXPECT_EQ(Number(queue.PullEvent(TimeSpan(-9999))), 3u);
   // Below a millisecond of either sign is one try; from one millisecond on, a real wait.
-  for (std::int64_t ticks : {0LL, 9999LL, -9999LL, 10000LL}) {
-    const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(queue.PullEvent(TimeSpan(ticks)), nullptr);
-    const auto spent = std::chrono::steady_clock::now() - start;
-    EXPECT_TRUE(ticks != 10000 || spent >= std::chrono::milliseconds(1));
-  }
+  for (std::int64_t ticks : {0LL, 9999LL, -9999LL}) EXPECT_EQ(queue.PullEvent(TimeSpan(ticks)), nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(queue.PullEvent(TimeSpan(10000)), nullptr);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1));
   // A waiting puller wakes for an event; a null post wakes it for nothing and it waits on.
   std::thread poster([copy]() mutable {
     copy.PostEvent(nullptr);

@@ -54,7 +54,10 @@ TEST(Properties, NeverSetObjectAllocatesNothingAndFindsNothing) {
   Properties p(true);
   unsigned int position = 7;
   std::string value = "kept";
-  EXPECT_FALSE(p.Find("a", position) || p.Get("a", value) || p.Has("") || p.Access("a"));
+  EXPECT_EQ(p.Find("a", position), nullptr);
+  EXPECT_FALSE(p.Get("a", value));
+  EXPECT_FALSE(p.Has(""));
+  EXPECT_EQ(p.Access("a"), nullptr);
   p.Remove(0u);
   p.Remove("a");
   p.Clear();
@@ -75,7 +78,9 @@ TEST(Properties, SetKeepsTheFirstKeyTextAndPosition) {
   *caseless.Access("x") += "!";
   caseless.AccessValue(2) = "y";
   std::string value;
-  EXPECT_TRUE(caseless.Get("X", value) && caseless.Has("key") && !exact.Has("kEy"));
+  EXPECT_TRUE(caseless.Get("X", value));
+  EXPECT_TRUE(caseless.Has("key"));
+  EXPECT_FALSE(exact.Has("kEy"));
   EXPECT_EQ(value + Entries(caseless), "11!Key=,x=11!,=y");
 }
 
@@ -90,7 +95,8 @@ TEST(Properties, RemovalMovesOnlyTheLastEntry) {
   EXPECT_EQ(Entries(p), "a=av,d=dv");
   p.Remove("a");
   p.Remove(0u);
-  EXPECT_TRUE(Entries(p).empty() && p.Set("e", "1") == 0u);
+  EXPECT_TRUE(Entries(p).empty());
+  EXPECT_EQ(p.Set("e", "1"), 0u);
 }
 
 TEST(Properties, CopiesAssignmentsAndSwapsKeepTheirOwnComparison) {
@@ -106,7 +112,9 @@ TEST(Properties, CopiesAssignmentsAndSwapsKeepTheirOwnComparison) {
   other.Swap(source);
   other.Clear();
   for (const char* key : {"Q", "q"}) other.Set(key, key);
-  EXPECT_TRUE(!source.Has("k") && source.Has("K") && Entries(other) == "Q=q");
+  EXPECT_FALSE(source.Has("k"));
+  EXPECT_TRUE(source.Has("K"));
+  EXPECT_EQ(Entries(other), "Q=q");
 }
 
 // Runs `operation` with `allowed` heap calls left; true when it was refused.

@@ -43,11 +43,15 @@ TEST(UriText, CharacterClassesAndSchemes) {
   }
   EXPECT_EQ(reserved, "!#$&'()*+,/:;=?@[]");
   EXPECT_EQ(unreserved, "-.0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ_abcdefghijklmnopqrstuvwxyz~");
-  EXPECT_TRUE(!UriIsSchemeChar('3', true) && UriIsSchemeChar('3', false) && UriIsSchemeChar('+', false));
-  EXPECT_FALSE(UriIsSchemeValid("", 0) || UriIsSchemeValid("1a", 2) || UriIsSchemeValid("a_b", npos));
-  EXPECT_TRUE(UriIsSchemeValid("a+b-c.1", npos) && UriIsSchemeValid("ab:", 2));
-  EXPECT_TRUE(UriIsHostIpLiteral("[]", npos) && UriIsHostIpLiteral("[x]y]", npos));
-  EXPECT_FALSE(UriIsHostIpLiteral("[", npos) || UriIsHostIpLiteral("", 0) || UriIsHostIpLiteral("[a]", 2));
+  // Each vector compares position by position, so a failure names the check.
+  EXPECT_EQ(std::vector<bool>({UriIsSchemeChar('3', true), UriIsSchemeChar('3', false), UriIsSchemeChar('+', false)}),
+            std::vector<bool>({false, true, true}));
+  EXPECT_EQ(std::vector<bool>({UriIsSchemeValid("", 0), UriIsSchemeValid("1a", 2), UriIsSchemeValid("a_b", npos),
+                               UriIsSchemeValid("a+b-c.1", npos), UriIsSchemeValid("ab:", 2)}),
+            std::vector<bool>({false, false, false, true, true}));
+  EXPECT_EQ(std::vector<bool>({UriIsHostIpLiteral("[]", npos), UriIsHostIpLiteral("[x]y]", npos),
+                               UriIsHostIpLiteral("[", npos), UriIsHostIpLiteral("", 0), UriIsHostIpLiteral("[a]", 2)}),
+            std::vector<bool>({true, true, false, false, false}));
 }
 
 TEST(UriText, SplittingStopsAtTheFirstDelimiterOfEachPart) {
@@ -62,8 +66,10 @@ TEST(UriText, SplittingStopsAtTheFirstDelimiterOfEachPart) {
   for (const auto& [text, expected] : cases) EXPECT_EQ(Decomposed(text), expected) << text;
 
   std::string text = "s://h/p?q", authority = "a", path;
-  EXPECT_TRUE(UriHierPartDecompose("/", npos, authority, path) && authority.empty() && path == "/");
-  EXPECT_TRUE(UriDecompose(text.c_str(), npos, path, path, path, path, text) && text.empty());
+  EXPECT_TRUE(UriHierPartDecompose("/", npos, authority, path));
+  EXPECT_EQ(authority + "|" + path, "|/");
+  EXPECT_TRUE(UriDecompose(text.c_str(), npos, path, path, path, path, text));
+  EXPECT_EQ(text, "");
 }
 
 TEST(UriText, PercentCodingEscapesAllButUnreservedAndExtra) {
@@ -132,7 +138,8 @@ TEST(Uri, ParseRejectsBrokenTextsAndReadsItsOwnComponents) {
                           "s://h:65536/", "s://h:-1/", "s://%4/", "s://h/%zz", "s://h/p?%", "s://h/p#%g0", "s://%zz@h/"})
     EXPECT_FALSE(uri.Parse(bad, npos)) << bad;
   ASSERT_TRUE(uri.Parse("s:/x?t:%2F%2Fh%3A1%2Fp%3Fq%23u:w#f"));
-  EXPECT_TRUE(uri.Parse(uri.GetQuery()) && uri.GetQueryProps().Empty());  // its own component as input
+  EXPECT_TRUE(uri.Parse(uri.GetQuery()));  // its own component as input
+  EXPECT_TRUE(uri.GetQueryProps().Empty());
   EXPECT_EQ(Parts(uri), "t||h|1|/p|q|u:w");
   EXPECT_TRUE(uri.Parse(uri.GetFragment().c_str(), npos));
   EXPECT_EQ(Parts(uri), "u|||0|w||");
