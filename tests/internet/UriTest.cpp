@@ -148,7 +148,8 @@ TEST(Uri, ParseRejectsBrokenTextsAndReadsItsOwnComponents) {
 TEST(Uri, ValidityRulesJudgeWhatTheSettersLeft) {
   Uri uri;
   std::string relative = "kept";
-  EXPECT_TRUE(uri.FormatRelative(relative) && relative.empty());
+  EXPECT_TRUE(uri.FormatRelative(relative));
+  EXPECT_EQ(relative, "");
   EXPECT_EQ(Formatted(uri), "false kept");  // no scheme
   uri.SetScheme("1x");
   EXPECT_FALSE(uri.IsValid());
@@ -179,7 +180,8 @@ TEST(Uri, QueryIsTextOrPropertiesNeverBoth) {
   EXPECT_EQ(Formatted(uri), "s://h/p?x%20y#f");
   Uri copy(uri);
   uri.SetQueryProps(Properties(true));
-  EXPECT_TRUE(!uri.HasQuery() && uri.GetQueryProps().IsCaseless());
+  EXPECT_FALSE(uri.HasQuery());
+  EXPECT_TRUE(uri.GetQueryProps().IsCaseless());
   EXPECT_EQ(Formatted(uri) + " " + Formatted(copy), "s://h/p#f s://h/p?x%20y#f");
 }
 
