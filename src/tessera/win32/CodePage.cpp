@@ -674,15 +674,30 @@ UINT GetACP() {
   return 20127;
 }
 
+namespace {
+
+// The checks both conversions make before any work, in Windows' order; null with the error
+// set when one fails.
+template <class Source, class Target>
+const Page* CheckedPage(UINT codePage, DWORD flags, const Source* source, int sourceLength, const Target* target,
+                        int targetLength) {
+  DWORD error = ERROR_INVALID_PARAMETER;
+  const Page* page = nullptr;
+  if (flags != 0)
+    error = ERROR_INVALID_FLAGS;
+  else if (source != nullptr && sourceLength != 0 && sourceLength >= -1 && targetLength >= 0 &&
+           (target != nullptr || targetLength == 0))
+    page = FindPage(codePage == CP_ACP ? GetACP() : codePage);
+  if (page == nullptr) Fail(error);
+  return page;
+}
+
+}  // namespace
+
 int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sourceLength,
                         char16_t* target, int targetLength) {
-  if (flags != 0) return Fail(ERROR_INVALID_FLAGS);
-  if (source == nullptr || sourceLength == 0 || sourceLength < -1 || targetLength < 0 ||
-      (target == nullptr && targetLength != 0))
-    return Fail(ERROR_INVALID_PARAMETER);
-  if (codePage == CP_ACP) codePage = GetACP();
-  const Page* page = FindPage(codePage);
-  if (page == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+  const Page* page = CheckedPage(codePage, flags, source, sourceLength, target, targetLength);
+  if (page == nullptr) return 0;
   if (sourceLength == -1) sourceLength = static_cast<int>(std::strlen(source)) + 1;
   const Byte* bytes = reinterpret_cast<const Byte*>(source);
   if (page->kind != Kind::stream) {
@@ -703,13 +718,8 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, const char* source, int sour
 int WideCharToMultiByte(UINT codePage, DWORD flags, const char16_t* source, int sourceLength,
                         char* target, int targetLength, const char* defaultChar,
                         BOOL* usedDefaultChar) {
-  if (flags != 0) return Fail(ERROR_INVALID_FLAGS);
-  if (source == nullptr || sourceLength == 0 || sourceLength < -1 || targetLength < 0 ||
-      (target == nullptr && targetLength != 0))
-    return Fail(ERROR_INVALID_PARAMETER);
-  if (codePage == CP_ACP) codePage = GetACP();
-  const Page* page = FindPage(codePage);
-  if (page == nullptr) return Fail(ERROR_INVALID_PARAMETER);
+  const Page* page = CheckedPage(codePage, flags, source, sourceLength, target, targetLength);
+  if (page == nullptr) return 0;
   if (sourceLength == -1) sourceLength = static_cast<int>(std::char_traits<char16_t>::length(source)) + 1;
   if (page->kind != Kind::stream) {
     const Table* table = GetTable(*page);
