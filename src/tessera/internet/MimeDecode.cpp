@@ -10,37 +10,20 @@
 #include <tessera/text/TextConv.h>
 #include <tessera/text/TextNumeric.h>
 
+#include "tessera/internet/HexDigits.h"
+
 namespace Tessera {
 namespace {
 
 using Byte = unsigned char;
 
-constexpr Byte kNotHex = 0xFF;
-
-struct HexTable {
-  Byte value[256];
-};
-
-constexpr HexTable MakeHexTable() {
-  HexTable table{};
-  for (int c = 0; c < 256; ++c) table.value[c] = kNotHex;
-  for (int d = 0; d < 10; ++d) table.value['0' + d] = static_cast<Byte>(d);
-  for (int d = 0; d < 6; ++d) {
-    table.value['a' + d] = static_cast<Byte>(10 + d);
-    table.value['A' + d] = static_cast<Byte>(10 + d);
-  }
-  return table;
-}
-
-constexpr HexTable kHex = MakeHexTable();
-
 // The byte that the two characters at `s` stand for. Two hex digits are looked up; anything
 // else is left to the number reader. Kept for compatibility: a sign in front of one digit
 // ("=+F") reads as that digit.
 inline bool ReadEscape(const char* s, Byte& byte) {
-  const Byte high = kHex.value[static_cast<Byte>(s[0])];
-  const Byte low = kHex.value[static_cast<Byte>(s[1])];
-  if (high != kNotHex && low != kNotHex) {
+  const int high = detail::HexDigit(s[0]);
+  const int low = detail::HexDigit(s[1]);
+  if ((high | low) < 16) {
     byte = static_cast<Byte>(high << 4 | low);
     return true;
   }

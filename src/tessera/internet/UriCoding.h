@@ -9,6 +9,8 @@
 #include <string>
 #include <string_view>
 
+#include "tessera/internet/HexDigits.h"
+
 namespace Tessera {
 namespace detail {
 
@@ -71,25 +73,10 @@ inline char* EncodeTo(std::string_view text, const CodingSet& set, char* out) {
   return out;
 }
 
-// Hex digit values, 16 for any other byte.
-struct HexTable {
-  unsigned char value[256];
-};
-constexpr HexTable MakeHexTable() {
-  HexTable table{};
-  for (int c = 0; c < 256; ++c)
-    table.value[c] = c >= '0' && c <= '9'   ? static_cast<unsigned char>(c - '0')
-                     : c >= 'a' && c <= 'f' ? static_cast<unsigned char>(c - 'a' + 10)
-                     : c >= 'A' && c <= 'F' ? static_cast<unsigned char>(c - 'A' + 10)
-                                            : 16;
-  return table;
-}
-inline constexpr HexTable kHexTable = MakeHexTable();
-
 // The value of an escape's two bytes as TextNumeric reads them in base 16, or -1.
 inline int EscapeValue(char high, char low) {
-  const int l = kHexTable.value[static_cast<unsigned char>(low)];
-  const int h = high == '+' ? 0 : kHexTable.value[static_cast<unsigned char>(high)];
+  const int l = detail::HexDigit(low);
+  const int h = high == '+' ? 0 : detail::HexDigit(high);
   return (h | l) < 16 ? h * 16 + l : -1;
 }
 
