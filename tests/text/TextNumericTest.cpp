@@ -5,6 +5,7 @@
 #include <cmath>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 using Tessera::npos;
@@ -60,4 +61,18 @@ TEST(TextNumeric, FailureLeavesTheValueAndEveryUnitCounts) {
   EXPECT_EQ(std::make_pair(value, wide), std::make_pair(77, static_cast<unsigned short>(9)));
   EXPECT_TRUE(TextNumeric("12\0003", 2, value, 10));
   EXPECT_EQ(value, 12);
+}
+
+TEST(TextNumeric, ViewsReadTheirWholeLength) {
+  const std::string text("-12\0003", 6);
+  int value = 77;
+  EXPECT_FALSE(TextNumeric(std::string_view(text), value, 10));
+  EXPECT_TRUE(TextNumeric(std::string_view(text).substr(0, 3), value, 10));
+  double wide = 0;
+  EXPECT_TRUE(TextNumeric(std::u16string_view(u"ff.8"), wide, 16));
+  EXPECT_EQ(std::make_pair(value, wide), std::make_pair(-12, 255.5));
+  // A view too long for a 32-bit length is refused before any character is looked at.
+  const std::string_view huge(text.data(), std::size_t{Tessera::npos});
+  EXPECT_FALSE(TextNumeric(huge, value, 10));
+  EXPECT_EQ(value, -12);
 }

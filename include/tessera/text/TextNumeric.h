@@ -3,7 +3,7 @@
 // Instantiated for `char` and `char16_t` text and these 13 types, with the limits that hold on
 // every platform: signed char, unsigned char, short, unsigned short, int, unsigned int, long
 // and unsigned long (32 bits, as int and unsigned int), long long, unsigned long long, float,
-// double and long double (computed as double).
+// double and long double (computed as double). Any other type fails to compile.
 //
 // The text is an optional sign at index 0 (`-` only for signed and floating types, `+` for
 // all), then digits: `0`-`9`, `a`-`z` and `A`-`Z` for 0 to 35, each below `base`, and for the
@@ -18,17 +18,80 @@
 #ifndef TESSERA_TEXT_TEXTNUMERIC_H
 #define TESSERA_TEXT_TEXTNUMERIC_H
 
+#include <string_view>
+#include <type_traits>
+
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
 
 namespace Tessera {
+namespace detail {
+
+template <class C, class T>
+struct IsTextNumericType
+    : std::integral_constant<
+          bool, (std::is_same<C, char>::value || std::is_same<C, char16_t>::value) &&
+                    (std::is_same<T, signed char>::value || std::is_same<T, unsigned char>::value ||
+                     std::is_same<T, short>::value || std::is_same<T, unsigned short>::value ||
+                     std::is_same<T, int>::value || std::is_same<T, unsigned int>::value ||
+                     std::is_same<T, long>::value || std::is_same<T, unsigned long>::value ||
+                     std::is_same<T, long long>::value ||
+                     std::is_same<T, unsigned long long>::value || std::is_same<T, float>::value ||
+                     std::is_same<T, double>::value || std::is_same<T, long double>::value)> {};
+
+template <class C, class T>
+TESSERA_API bool ReadNumericText(const C* text, unsigned int length, T& value, unsigned int base);
+
+}  // namespace detail
 
 // Reads `text` (`length` npos: up to its first NUL) whole as a number in `base`, 0 to 36
 // (base 0 accepts no digit at all, base 1 the digit 0 alone). Gives true and sets `value`, or
 // gives false and leaves `value` untouched: for a base above 36, an empty text, or any
 // character that doesn't belong.
 template <class C, class T>
-TESSERA_API bool TextNumeric(const C* text, unsigned int length, T& value, unsigned int base);
+[[nodiscard]] TESSERA_API bool TextNumeric(const C* text, unsigned int length, T& value,
+                                           unsigned int base) {
+  static_assert(detail::IsTextNumericType<C, T>::value,
+                "TextNumeric<C, T> takes C char or char16_t and T one of signed char, unsigned "
+                "char, short, unsigned short, int, unsigned int, long, unsigned long, long long, "
+                "unsigned long long, float, double, long double");
+  return detail::ReadNumericText(text, length, value, base);
+}
+
+// Conveniences: the whole view, as above. A view of npos characters or more can't be told by
+// its length and is no number: false, `value` untouched.
+template <class T>
+[[nodiscard]] bool TextNumeric(std::string_view text, T& value, unsigned int base) {
+  return text.size() < npos &&
+         TextNumeric(text.data(), static_cast<unsigned int>(text.size()), value, base);
+}
+template <class T>
+[[nodiscard]] bool TextNumeric(std::u16string_view text, T& value, unsigned int base) {
+  return text.size() < npos &&
+         TextNumeric(text.data(), static_cast<unsigned int>(text.size()), value, base);
+}
+
+// Implementation details follow.
+
+#define TESSERA_TEXT_NUMERIC(T)                                                                \
+  extern template TESSERA_API bool TextNumeric<char, T>(const char*, unsigned int, T&,         \
+                                                        unsigned int);                         \
+  extern template TESSERA_API bool TextNumeric<char16_t, T>(const char16_t*, unsigned int, T&, \
+                                                            unsigned int);
+TESSERA_TEXT_NUMERIC(signed char)
+TESSERA_TEXT_NUMERIC(unsigned char)
+TESSERA_TEXT_NUMERIC(short)
+TESSERA_TEXT_NUMERIC(unsigned short)
+TESSERA_TEXT_NUMERIC(int)
+TESSERA_TEXT_NUMERIC(unsigned int)
+TESSERA_TEXT_NUMERIC(long)
+TESSERA_TEXT_NUMERIC(unsigned long)
+TESSERA_TEXT_NUMERIC(long long)
+TESSERA_TEXT_NUMERIC(unsigned long long)
+TESSERA_TEXT_NUMERIC(float)
+TESSERA_TEXT_NUMERIC(double)
+TESSERA_TEXT_NUMERIC(long double)
+#undef TESSERA_TEXT_NUMERIC
 
 }  // namespace Tessera
 

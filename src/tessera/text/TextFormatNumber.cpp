@@ -254,8 +254,10 @@ bool FormatFloating(T value, std::basic_string<C>& out) {
 
 }  // namespace
 
+namespace detail {
+
 template <class T, class C>
-void TextFormatNumber(const T& value, std::basic_string<C>& out) {
+void FormatNumberText(const T& value, std::basic_string<C>& out) {
   if constexpr (std::is_same<C, char>::value &&
                 (std::is_same<T, signed char>::value || std::is_same<T, unsigned char>::value)) {
     // The character inserter writes the byte as it is under every locale.
@@ -270,9 +272,14 @@ void TextFormatNumber(const T& value, std::basic_string<C>& out) {
   }
 }
 
-#define TESSERA_TEXT_FORMAT_NUMBER(T)                                          \
-  template void TextFormatNumber<T, char>(const T&, std::basic_string<char>&); \
-  template void TextFormatNumber<T, char16_t>(const T&, std::basic_string<char16_t>&);
+}  // namespace detail
+
+#define TESSERA_TEXT_FORMAT_NUMBER_FOR(T, C)                                           \
+  template void detail::FormatNumberText<T, C>(const T&, std::basic_string<C>&); \
+  template void TextFormatNumber<T, C>(const T&, std::basic_string<C>&);
+#define TESSERA_TEXT_FORMAT_NUMBER(T)      \
+  TESSERA_TEXT_FORMAT_NUMBER_FOR(T, char) \
+  TESSERA_TEXT_FORMAT_NUMBER_FOR(T, char16_t)
 
 TESSERA_TEXT_FORMAT_NUMBER(signed char)
 TESSERA_TEXT_FORMAT_NUMBER(unsigned char)
@@ -289,5 +296,6 @@ TESSERA_TEXT_FORMAT_NUMBER(double)
 TESSERA_TEXT_FORMAT_NUMBER(long double)
 
 #undef TESSERA_TEXT_FORMAT_NUMBER
+#undef TESSERA_TEXT_FORMAT_NUMBER_FOR
 
 }  // namespace Tessera

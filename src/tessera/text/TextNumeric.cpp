@@ -171,8 +171,10 @@ bool ReadFloating(const C* p, const C* end, T& value, unsigned int base) {
 
 }  // namespace
 
+namespace detail {
+
 template <class C, class T>
-bool TextNumeric(const C* text, unsigned int length, T& value, unsigned int base) {
+bool ReadNumericText(const C* text, unsigned int length, T& value, unsigned int base) {
   if (base > 36) return false;
   if (length == npos) length = static_cast<unsigned int>(std::char_traits<C>::length(text));
   if (length == 0) return false;
@@ -184,9 +186,14 @@ bool TextNumeric(const C* text, unsigned int length, T& value, unsigned int base
     return ReadInteger(text, text + length, value, base);
 }
 
-#define TESSERA_TEXT_NUMERIC(T)                                                    \
-  template bool TextNumeric<char, T>(const char*, unsigned int, T&, unsigned int); \
-  template bool TextNumeric<char16_t, T>(const char16_t*, unsigned int, T&, unsigned int);
+}  // namespace detail
+
+#define TESSERA_TEXT_NUMERIC_FOR(C, T)                                                 \
+  template bool detail::ReadNumericText<C, T>(const C*, unsigned int, T&, unsigned int); \
+  template bool TextNumeric<C, T>(const C*, unsigned int, T&, unsigned int);
+#define TESSERA_TEXT_NUMERIC(T)      \
+  TESSERA_TEXT_NUMERIC_FOR(char, T) \
+  TESSERA_TEXT_NUMERIC_FOR(char16_t, T)
 
 TESSERA_TEXT_NUMERIC(signed char)
 TESSERA_TEXT_NUMERIC(unsigned char)
@@ -203,5 +210,6 @@ TESSERA_TEXT_NUMERIC(double)
 TESSERA_TEXT_NUMERIC(long double)
 
 #undef TESSERA_TEXT_NUMERIC
+#undef TESSERA_TEXT_NUMERIC_FOR
 
 }  // namespace Tessera
