@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -27,6 +28,32 @@ inline unsigned int Digit(C c, unsigned int base) {
   return DigitValue(c);
 }
 
+// Eight narrow characters at once, as they lie in memory on a little-endian machine.
+inline std::uint64_t LoadEight(const char* p) {
+  std::uint64_t chunk;
+  std::memcpy(&chunk, p, sizeof chunk);
+  return chunk;
+}
+
+// Every byte from '0' to '9': its high nibble is 3, and adding 6 leaves it 3.
+inline bool EightDigits(std::uint64_t chunk) {
+  constexpr std::uint64_t kHigh = 0xF0F0F0F0F0F0F0F0;
+  return ((chunk & kHigh) | (((chunk + 0x0606060606060606) & kHigh) >> 4)) ==
+         0x3333333333333333;
+}
+
+// The value of eight decimal digits, first character most significant: pairs, then groups of
+// four, then the whole, each by one multiplication of packed lanes.
+inline std::uint64_t EightDigitValue(std::uint64_t chunk) {
+  chunk -= 0x3030303030303030;
+  chunk = (chunk * 10 + (chunk >> 8)) & 0x00FF00FF00FF00FF;
+  chunk = (chunk * 100 + (chunk >> 16)) & 0x0000FFFF0000FFFF;
+  return (chunk * 10000 + (chunk >> 32)) & 0xFFFFFFFF;
+}
+
+template <class C>
+constexpr bool kChunked = sizeof(C) == 1 && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__;
+
 // `long` is 32 bits wide wherever the library was first used, and stays so in every text.
 template <class T>
 constexpr std::uint64_t Largest() {
@@ -38,12 +65,30 @@ constexpr std::uint64_t Largest() {
 template <class C, class T>
 bool ReadInteger(const C* p, const C* end, T& value, unsigned int base) {
   constexpr std::uint64_t largest = Largest<T>();
-  bool negative = false;
-  if (*p == C('+')) {
-    ++p;
-  } else if (std::is_signed<T>::value && *p == C('-')) {
-    negative = true;
-    ++p;
+  // Without a branch: the sign of varied numbers is a coin toss for the predictor.
+  const bool negative = std::is_signed<T>::value && *p == C('-');
+  const bool plus = *p == C('+');
+  p += static_cast<int>(negative) | static_cast<int>(plus);
+  // Up to 19 decimal digits can't overflow 64 bits, and the magnitude never shrinks as digits
+  // come, so one check of the limit at the end refuses the same texts as a check per digit.
+  if (base == 10 && end - p <= 19) {
+    std::uint64_t magnitude = 0;
+    if constexpr (kChunked<C>) {
+      for (; end - p >= 8; p += 8) {
+        const std::uint64_t chunk = LoadEight(p);
+        if (!EightDigits(chunk)) return false;
+        magnitude = magnitude * 100000000 + EightDigitValue(chunk);
+      }
+    }
+    for (; p != end; ++p) {
+      const unsigned int digit = Digit(*p, 10u);
+      if (digit >= 10) return false;
+      magnitude = magnitude * 10 + digit;
+    }
+    if (magnitude > largest) return false;
+    const T result = static_cast<T>(magnitude);
+    value = negative ? static_cast<T>(-result) : result;
+    return true;
   }
   // `radix` is base as a value, or 10 as a constant, which the compiler multiplies by with
   // shifts and adds: 4 cycles a digit less than a multiplication on a dependent chain.
@@ -111,6 +156,20 @@ bool ReadFloating(const C* p, const C* end, T& value, unsigned int base) {
   constexpr std::uint64_t kExactWhole =
       (std::uint64_t{1} << std::numeric_limits<Work>::digits) >> 6;
   std::uint64_t whole = 0;
+  if constexpr (kChunked<C> &&
+                (std::uint64_t{1} << std::numeric_limits<Work>::digits) > 100000000) {
+    // Eight digits at a time while the sum stays below 2^digits, where every step is exact;
+    // only in long texts, where the chunk seldom holds the point.
+    constexpr std::uint64_t kChunkLimit =
+        ((std::uint64_t{1} << std::numeric_limits<Work>::digits) - 100000000) / 100000000;
+    if (base == 10) {
+      for (; end - p >= 16 && whole <= kChunkLimit; p += 8) {
+        const std::uint64_t chunk = LoadEight(p);
+        if (!EightDigits(chunk)) break;
+        whole = whole * 100000000 + EightDigitValue(chunk);
+      }
+    }
+  }
   // As in ReadInteger; false for a character that is neither a digit nor the point.
   auto readWhole = [&](auto radix) {
     for (; p != end && whole < kExactWhole; ++p) {
@@ -125,19 +184,24 @@ bool ReadFloating(const C* p, const C* end, T& value, unsigned int base) {
   const Work radix = static_cast<Work>(base);
   Work number = static_cast<Work>(whole);
   // From 2^(digits + 7) on a step's sum rounds back to its product: a digit is below half a
-  // unit in the last place.
+  // unit in the last place. The number never shrinks, so from there on each digit is one
+  // multiplication, and the dependent chain is half as long.
   constexpr Work kDigitLost =
       static_cast<Work>(std::uint64_t{1} << std::numeric_limits<Work>::digits) * Work(128);
-  for (; p != end; ++p) {
+  while (p != end) {
     const unsigned int digit = Digit(*p, base);
-    if (digit >= base) {
-      if (*p == C('.')) break;
-      return false;
-    }
+    if (digit >= base) break;
+    ++p;
     // One rounding per operation, in separate statements so that nothing fuses them.
     const Work shifted = number * radix;
-    number = shifted < kDigitLost ? shifted + static_cast<Work>(digit) : shifted;
+    if (!(shifted < kDigitLost)) {
+      number = shifted;
+      break;
+    }
+    number = shifted + static_cast<Work>(digit);
   }
+  for (; p != end && Digit(*p, base) < base; ++p) number = number * radix;
+  if (p != end && *p != C('.')) return false;
   if (p != end) {
     ++p;  // the point
     // A digit 0 adds 0 * scale, which leaves the number as it is.
@@ -147,7 +211,12 @@ bool ReadFloating(const C* p, const C* end, T& value, unsigned int base) {
       for (; p != end; ++p) {
         const unsigned int digit = Digit(*p, 10);
         if (digit >= 10) return false;
-        if (digit == 0) continue;
+        if (digit == 0) {
+          if constexpr (kChunked<C>) {
+            while (end - p > 8 && LoadEight(p + 1) == 0x3030303030303030) p += 8;
+          }
+          continue;
+        }
         const auto place = static_cast<std::size_t>(p - first);
         if (place >= scales.count) continue;
         const Work part = static_cast<Work>(digit) * scales.scale[place];
