@@ -1,5 +1,6 @@
 // TextNumeric for every type against a slow reference of its rules, narrow and wide. Layout:
-// base byte, type byte, text.
+// base byte, type byte, text. With the base byte's high bit set, a text byte of 0x80 + n
+// stands for n zeros, so that long runs of digits come up (chunks of eight, digits lost).
 #include <tessera/text/TextNumeric.h>
 
 #include <cmath>
@@ -133,9 +134,19 @@ void Compare(const std::string& narrow, unsigned int base) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size < 2) return 0;
-  const unsigned int base = data[0] % 40;
+  const unsigned int base = (data[0] & 0x7F) % 40;
   const int type = data[1] % 13;
-  const std::string text(reinterpret_cast<const char*>(data + 2), size - 2);
+  std::string text(reinterpret_cast<const char*>(data + 2), size - 2);
+  if (data[0] & 0x80) {
+    std::string expanded;
+    for (char c : text) {
+      if (static_cast<unsigned char>(c) >= 0x80)
+        expanded.append(static_cast<unsigned char>(c) - 0x80u, '0');
+      else
+        expanded += c;
+    }
+    text = expanded;
+  }
   switch (type) {
     case 0:
       Compare<signed char>(text, base);

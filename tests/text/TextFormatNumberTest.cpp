@@ -2,18 +2,42 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <locale>
 #include <sstream>
+#include <set>
 #include <string>
-
-#include "text/LocaleScope.h"
+#include <thread>
 
 using Tessera::TextFormatNumber;
 
 namespace {
+
+// Grouping by three with '.' and ',' for the point, as German has them, without needing that
+// locale installed.
+template <class C>
+class GermanPunctuation : public std::numpunct<C> {
+ protected:
+  C do_decimal_point() const override { return C(','); }
+  C do_thousands_sep() const override { return C('.'); }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+std::locale Punctuated() {
+  return std::locale(std::locale(std::locale::classic(), new GermanPunctuation<char>),
+                     new GermanPunctuation<wchar_t>);
+}
+
+// Sets the global locale and puts the classic one back.
+struct GlobalLocale {
+  explicit GlobalLocale(const std::locale& locale) { std::locale::global(locale); }
+  ~GlobalLocale() { std::locale::global(std::locale::classic()); }
+  GlobalLocale(const GlobalLocale&) = delete;
+  GlobalLocale& operator=(const GlobalLocale&) = delete;
+};
 
 template <class T>
 std::string Narrow(T value) {
@@ -77,13 +101,28 @@ TEST(TextFormatNumber, MatchesAFreshStreamByteForByte) {
 }
 
 TEST(TextFormatNumber, FollowsTheGlobalStreamLocale) {
-  REQUIRE_LOCALE(scope, "de_DE.UTF-8");
+  const GlobalLocale scope(Punctuated());
   EXPECT_EQ(Narrow(1234567), "1.234.567");
   EXPECT_EQ(Wide(-1234.5), u"-1.234,5");
   EXPECT_EQ(Narrow(static_cast<unsigned char>('A')), "A");
   for (double v : kEdges) ExpectStreamText(v);
   ExpectIntegerEdges<long long, unsigned short>();
-  // The stream locale counts, not the C library's.
   std::locale::global(std::locale::classic());
   EXPECT_EQ(Narrow(1234567), "1234567");
+}
+
+// A change of the global locale by another thread is seen whole or not at all.
+TEST(TextFormatNumber, GlobalLocaleChangedByAnotherThread) {
+  const GlobalLocale scope(std::locale::classic());
+  const std::locale punctuated = Punctuated();
+  std::atomic<bool> done{false};
+  std::thread changer([&] {
+    for (int i = 0; i < 2000; ++i)
+      std::locale::global(i % 2 == 0 ? punctuated : std::locale::classic());
+    done = true;
+  });
+  std::set<std::string> seen;
+  while (!done) seen.insert(Narrow(1234567));
+  changer.join();
+  for (const std::string& text : seen) EXPECT_TRUE(text == "1234567" || text == "1.234.567") << text;
 }

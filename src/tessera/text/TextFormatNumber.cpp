@@ -23,7 +23,7 @@ namespace {
 // locale is read once, by the handle's constructor, which takes the library's lock unless the
 // global locale is the classic one: a concurrent std::locale::global is seen by this call or
 // not, as by a stream made at that moment, and never half.
-bool GlobalLocaleIsClassic() {
+inline bool GlobalLocaleIsClassic() {
   static const std::locale& classic = std::locale::classic();
   union Handle {
     Handle() {}
@@ -88,17 +88,17 @@ void FormatByStream(const T& value, std::u16string& out) {
 }
 
 // Makes `out` hold `size` characters and gives where they start, for the digits to be written
-// in place. Cutting a string and push_back within its capacity are inline; append and resize
-// are library calls, which cost more than a number's digits.
+// in place. Cutting a string and push_back within its capacity are inline; append is a
+// library call, which costs more than a few push_backs.
 template <class C>
-C* ResizeShort(std::basic_string<C>& out, std::size_t size) {
-  if (size <= out.size()) {
+inline C* ResizeShort(std::basic_string<C>& out, std::size_t size) {
+  const std::size_t had = out.size();
+  if (size <= had)
     out.erase(size);
-  } else if (size <= out.capacity()) {
-    for (std::size_t i = out.size(); i < size; ++i) out.push_back(C());
-  } else {
-    out.append(size - out.size(), C());
-  }
+  else if (size - had <= 2 && size <= out.capacity())
+    for (std::size_t i = had; i < size; ++i) out.push_back(C());
+  else
+    out.append(size - had, C());
   return &out[0];
 }
 
@@ -146,7 +146,9 @@ void FormatInteger(T value, std::basic_string<C>& out) {
   U magnitude = negative ? static_cast<U>(U(0) - static_cast<U>(value)) : static_cast<U>(value);
   const unsigned int digits = DecimalDigits(magnitude);
   C* to = ResizeShort(out, digits + (negative ? 1 : 0));
-  if (negative) *to++ = C('-');
+  // Without a branch: a '-' where the first digit will go if the number isn't negative.
+  *to = C('-');
+  to += negative ? 1 : 0;
   C* at = to + digits;
   while (magnitude >= 100) {
     const unsigned int pair = static_cast<unsigned int>(magnitude % 100) * 2;
