@@ -105,34 +105,27 @@ inline C* ResizeShort(std::basic_string<C>& out, std::size_t size) {
   return &out[0];
 }
 
+struct PowersOfTen {
+  std::uint64_t value[20];
+};
+constexpr PowersOfTen kPowersOfTen = [] {
+  PowersOfTen powers{};
+  std::uint64_t power = 1;
+  for (std::uint64_t& each : powers.value) {
+    each = power;
+    power *= 10;
+  }
+  return powers;
+}();
+
 // Without branches, whose misses cost more than the rest of the count when lengths vary:
 // bits * 1233 / 4096 is floor(log10(2^bits)), one below the digit count or equal to it.
 template <class U>
 unsigned int DecimalDigits(U value) {
-  static constexpr std::uint64_t kPowers[20] = {1,
-                                                10,
-                                                100,
-                                                1000,
-                                                10000,
-                                                100000,
-                                                1000000,
-                                                10000000,
-                                                100000000,
-                                                1000000000,
-                                                10000000000,
-                                                100000000000,
-                                                1000000000000,
-                                                10000000000000,
-                                                100000000000000,
-                                                1000000000000000,
-                                                10000000000000000,
-                                                100000000000000000,
-                                                1000000000000000000,
-                                                10000000000000000000u};
   const std::uint64_t wide = std::uint64_t{value} | 1;
   const auto bits = static_cast<unsigned int>(64 - __builtin_clzll(wide));
   const unsigned int floor = (bits * 1233) >> 12;
-  return floor + (wide >= kPowers[floor] ? 1 : 0);
+  return floor + (wide >= kPowersOfTen.value[floor] ? 1 : 0);
 }
 
 constexpr char kDigitPairs[] =
@@ -149,7 +142,7 @@ void FormatInteger(T value, std::basic_string<C>& out) {
   U magnitude = negative ? static_cast<U>(U(0) - static_cast<U>(value)) : static_cast<U>(value);
   const unsigned int digits = DecimalDigits(magnitude);
   C* to = ResizeShort(out, digits + (negative ? 1 : 0));
-  // Without a branch: a '-' where the first digit will go if the number isn't negative.
+  // Without a branch: the '-' is written anyway, and a digit covers it if there is no sign.
   *to = C('-');
   to += negative ? 1 : 0;
   C* at = to + digits;
