@@ -188,20 +188,23 @@ bool ReadFloating(const C* p, const C* end, T& value, unsigned int base) {
   // multiplication, and the dependent chain is half as long.
   constexpr Work kDigitLost =
       static_cast<Work>(std::uint64_t{1} << std::numeric_limits<Work>::digits) * Work(128);
-  while (p != end) {
-    const unsigned int digit = Digit(*p, base);
-    if (digit >= base) break;
-    ++p;
-    // One rounding per operation, in separate statements so that nothing fuses them.
-    const Work shifted = number * radix;
-    if (!(shifted < kDigitLost)) {
-      number = shifted;
-      break;
+  // Short numbers end at the point or the end before the exact steps run out.
+  if (whole >= kExactWhole) {
+    while (p != end) {
+      const unsigned int digit = Digit(*p, base);
+      if (digit >= base) break;
+      ++p;
+      // One rounding per operation, in separate statements so that nothing fuses them.
+      const Work shifted = number * radix;
+      if (!(shifted < kDigitLost)) {
+        number = shifted;
+        break;
+      }
+      number = shifted + static_cast<Work>(digit);
     }
-    number = shifted + static_cast<Work>(digit);
+    for (; p != end && Digit(*p, base) < base; ++p) number = number * radix;
+    if (p != end && *p != C('.')) return false;
   }
-  for (; p != end && Digit(*p, base) < base; ++p) number = number * radix;
-  if (p != end && *p != C('.')) return false;
   if (p != end) {
     ++p;  // the point
     // A digit 0 adds 0 * scale, which leaves the number as it is.
