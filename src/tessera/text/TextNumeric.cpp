@@ -62,34 +62,12 @@ constexpr std::uint64_t Largest() {
   return static_cast<std::uint64_t>(std::numeric_limits<T>::max());
 }
 
+// Any base and length, with a check of the limit at every digit. Kept out of line, so that
+// the registers it needs are not saved on the way through the short decimal path.
 template <class C, class T>
-bool ReadInteger(const C* p, const C* end, T& value, unsigned int base) {
+[[gnu::noinline]] bool ReadIntegerDigits(const C* p, const C* end, bool negative, T& value,
+                                         unsigned int base) {
   constexpr std::uint64_t largest = Largest<T>();
-  // Without a branch: the sign of varied numbers is a coin toss for the predictor.
-  const bool negative = std::is_signed<T>::value && *p == C('-');
-  const bool plus = *p == C('+');
-  p += static_cast<int>(negative) | static_cast<int>(plus);
-  // Up to 19 decimal digits can't overflow 64 bits, and the magnitude never shrinks as digits
-  // come, so one check of the limit at the end refuses the same texts as a check per digit.
-  if (base == 10 && end - p <= 19) {
-    std::uint64_t magnitude = 0;
-    if constexpr (kChunked<C>) {
-      for (; end - p >= 8; p += 8) {
-        const std::uint64_t chunk = LoadEight(p);
-        if (!EightDigits(chunk)) return false;
-        magnitude = magnitude * 100000000 + EightDigitValue(chunk);
-      }
-    }
-    for (; p != end; ++p) {
-      const unsigned int digit = Digit(*p, 10u);
-      if (digit >= 10) return false;
-      magnitude = magnitude * 10 + digit;
-    }
-    if (magnitude > largest) return false;
-    const T result = static_cast<T>(magnitude);
-    value = negative ? static_cast<T>(-result) : result;
-    return true;
-  }
   // `radix` is base as a value, or 10 as a constant, which the compiler multiplies by with
   // shifts and adds: 4 cycles a digit less than a multiplication on a dependent chain.
   auto read = [&](auto radix) {
@@ -111,6 +89,47 @@ bool ReadInteger(const C* p, const C* end, T& value, unsigned int base) {
     return true;
   };
   return base == 10 ? read(std::integral_constant<unsigned int, 10>()) : read(base);
+}
+
+template <class C, class T>
+[[gnu::always_inline]] inline bool ReadInteger(const C* p, const C* end, T& value,
+                                               unsigned int base) {
+  constexpr std::uint64_t largest = Largest<T>();
+  // Without a branch: the sign of varied numbers is a coin toss for the predictor.
+  const bool negative = std::is_signed<T>::value && *p == C('-');
+  const bool plus = *p == C('+');
+  p += static_cast<int>(negative) | static_cast<int>(plus);
+  // Up to 19 decimal digits can't overflow 64 bits, and the magnitude never shrinks as digits
+  // come, so one check of the limit at the end refuses the same texts as a check per digit.
+  if (base == 10 && end - p <= 19) {
+    std::uint64_t magnitude = 0;
+    if constexpr (kChunked<C>) {
+      // At most two chunks, written out: as a loop its constants stay in registers, which
+      // then have to be saved on every call.
+      if (end - p >= 8) {
+        std::uint64_t chunk = LoadEight(p);
+        if (!EightDigits(chunk)) return false;
+        magnitude = EightDigitValue(chunk);
+        p += 8;
+        if (end - p >= 8) {
+          chunk = LoadEight(p);
+          if (!EightDigits(chunk)) return false;
+          magnitude = magnitude * 100000000 + EightDigitValue(chunk);
+          p += 8;
+        }
+      }
+    }
+    for (; p != end; ++p) {
+      const unsigned int digit = Digit(*p, 10u);
+      if (digit >= 10) return false;
+      magnitude = magnitude * 10 + digit;
+    }
+    if (magnitude > largest) return false;
+    const T result = static_cast<T>(magnitude);
+    value = negative ? static_cast<T>(-result) : result;
+    return true;
+  }
+  return ReadIntegerDigits(p, end, negative, value, base);
 }
 
 // The scales of the fraction digits in base 10, each the one before divided by 10 and
@@ -248,7 +267,12 @@ namespace detail {
 template <class C, class T>
 bool ReadNumericText(const C* text, unsigned int length, T& value, unsigned int base) {
   if (base > 36) return false;
-  if (length == npos) length = static_cast<unsigned int>(std::char_traits<C>::length(text));
+  // Measured here rather than by strlen: a library call on this path makes every call save
+  // registers.
+  if (length == npos) {
+    length = 0;
+    while (text[length] != C()) ++length;
+  }
   if (length == 0) return false;
   if constexpr (std::is_same<T, long double>::value)
     return ReadFloating<C, T, double>(text, text + length, value, base);
