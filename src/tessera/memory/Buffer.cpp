@@ -96,6 +96,7 @@ Buffer Buffer::Clone() const {
     }
     block = pool->TakeFreeLocked();
   }
+  block->refCount = 1;
   Buffer copy(block, AdoptTag{});
   std::memcpy(Payload(block), Payload(data_), data_->size);
   return copy;
@@ -168,7 +169,6 @@ Data* BufferPoolImpl::TakeFreeLocked() {
   freeList = NextFree(block);
   freeCount.store(freeCount.load(std::memory_order_relaxed) - 1, std::memory_order_relaxed);
   block->pool.store(this, std::memory_order_relaxed);
-  block->refCount = 1;
   return block;
 }
 
@@ -226,6 +226,8 @@ Buffer BufferPool::Allocate() {
     Skein::Guard<Skein::Lock> guard(impl_->lock);
     block = impl_->TakeFreeLocked();
   }
+  // Nobody else can see the block yet, so its count needs no lock.
+  block->refCount = 1;
   return Buffer(block, Buffer::AdoptTag{});
 }
 
