@@ -24,7 +24,7 @@ void CpuRelax() {
 
 }  // namespace
 
-void Lock::AcquireContended() {
+void Lock::AcquireContended() noexcept {
   // Holders keep the lock for a few list operations, so spinning for a while is far cheaper
   // than a sleep in the kernel and the wake-up behind it. Each look at the word pulls its
   // line away from the holder, so the pauses between looks double: a holder that takes the
@@ -49,6 +49,6 @@ void Lock::AcquireContended() {
   }
 }
 
-void Lock::WakeOne() { FutexWake(&state_); }
+void Lock::WakeOne() noexcept { FutexWake(&state_); }
 
 }  // namespace Skein

@@ -141,6 +141,8 @@ class TESSERA_API Buffer {
     if (data_ != nullptr && --data_->refCount == 0) Free();
   }
   void Free();
+  // Free for an unpooled or detached block, or when the pool's lock is taken.
+  static void FreeSlow(Data* block, BufferPoolImpl* pool);
 
   static Data* AllocData(std::uint32_t size, BufferPoolImpl* pool);
   static void FreeData(Data* data);
@@ -175,6 +177,8 @@ class TESSERA_API BufferPool {
   friend struct detail::BufferPoolAccess;
   // A detached block of a dead pool is gone; the last one takes the pool's body along.
   static void DropDetached(BufferPoolImpl& pool);
+  // Allocate when the lock is taken or the free list is empty.
+  static Buffer AllocateSlow(BufferPoolImpl& pool);
 
   BufferPoolImpl* impl_;
 };

@@ -115,6 +115,19 @@ void Buffer::Free() {
   Data* block = data_;
   data_ = nullptr;
   auto* pool = static_cast<BufferPoolImpl*>(block->pool.load(std::memory_order_acquire));
+  // The common case, a living pool with a free lock, calls nothing but a wake-up.
+  if (pool != nullptr && pool->lock.TryAcquire()) {
+    if (block->pool.load(std::memory_order_relaxed) != nullptr) {
+      PushFree(*pool, block);
+      pool->lock.Release();
+      return;
+    }
+    pool->lock.Release();
+  }
+  FreeSlow(block, pool);
+}
+
+void Buffer::FreeSlow(Data* block, BufferPoolImpl* pool) {
   if (pool == nullptr) {
     // Unpooled, or detached by a pool that has died: then nextAllocated names its body.
     auto* orphanedFrom = reinterpret_cast<BufferPoolImpl*>(block->nextAllocated);
@@ -224,10 +237,27 @@ BufferPool::~BufferPool() {
 }
 
 Buffer BufferPool::Allocate() {
+  BufferPoolImpl& pool = *impl_;
+  // The common case, a free lock and a free block, calls nothing but a wake-up; waiting and
+  // growing go the long way.
+  if (pool.lock.TryAcquire()) {
+    if (pool.freeList != nullptr) {
+      Data* block = pool.TakeFreeLocked();
+      block->refCount = 1;
+      Buffer result(block, Buffer::AdoptTag{});
+      pool.lock.Release();
+      return result;
+    }
+    pool.lock.Release();
+  }
+  return AllocateSlow(pool);
+}
+
+Buffer BufferPool::AllocateSlow(BufferPoolImpl& pool) {
   Data* block;
   {
-    Skein::Guard<Skein::Lock> guard(impl_->lock);
-    block = impl_->TakeFreeLocked();
+    Skein::Guard<Skein::Lock> guard(pool.lock);
+    block = pool.TakeFreeLocked();
   }
   // Nobody else can see the block yet, so its count needs no lock.
   block->refCount = 1;
