@@ -112,8 +112,9 @@ class TESSERA_API Buffer {
   [[nodiscard]] Buffer Clone(const UnpooledTag& tag) const { return Buffer(*this, tag); }
 
   // Turns the reference into a raw payload pointer (null for a null buffer) and nulls
-  // `buffer`; the count is unchanged. Bind takes such a pointer back, unchecked.
-  [[nodiscard]] static Buffer Bind(void* memory) {
+  // `buffer`; the count is unchanged. Bind takes such a pointer back, unchecked; its result
+  // may be dropped, which is how a raw reference is let go.
+  static Buffer Bind(void* memory) {
     return Buffer(memory != nullptr ? reinterpret_cast<Data*>(static_cast<char*>(memory) - sizeof(Data)) : nullptr,
                   AdoptTag{});
   }
