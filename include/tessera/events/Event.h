@@ -44,7 +44,7 @@ class TESSERA_API EventId {
     other.text = nullptr;
     other.value = 0;
   }
-  // Convenience: as Swap, then `other` holds the old identifier.
+  // Convenience: exchanges the identifiers; `other` is left with the old one.
   EventId& operator=(EventId&& other) noexcept {
     std::swap(text, other.text);
     std::swap(value, other.value);

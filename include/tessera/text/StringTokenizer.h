@@ -20,8 +20,8 @@
 
 #include <string>
 #include <string_view>
-#include <utility>
 #include <type_traits>
+#include <utility>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
