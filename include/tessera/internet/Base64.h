@@ -28,7 +28,8 @@ TESSERA_API void Base64Encode(const char* text, std::string& out);
 // none. False for a character that `isalnum` (of the process locale) refuses and that isn't
 // "+" or "/": `out` then holds the groups completed before it. A byte above 0x7F that the
 // locale calls alphanumeric counts as the value 0.
-[[nodiscard]] TESSERA_API bool Base64Decode(const void* data, unsigned int length, std::string& out);
+[[nodiscard]] TESSERA_API bool Base64Decode(const void* data, unsigned int length,
+                                            std::string& out);
 
 // As above, for `text` up to its NUL.
 [[nodiscard]] TESSERA_API bool Base64Decode(const char* text, std::string& out);

@@ -21,15 +21,16 @@ namespace Tessera {
 // byte, and with `underscoreAsSpace` "_" gives a space; everything else stays, CR, LF and
 // trailing white space included. False when a "=" has fewer than two characters behind it or
 // they aren't a number; `out` then holds what came before that "=".
-[[nodiscard]] TESSERA_API bool MimeQuotedPrintableDecode(const char* text, unsigned int length, std::string& out,
-                                                         bool underscoreAsSpace);
+[[nodiscard]] TESSERA_API bool MimeQuotedPrintableDecode(const char* text, unsigned int length,
+                                                         std::string& out, bool underscoreAsSpace);
 
 // Replaces `out` with the header `text` widened, its encoded words decoded: Base64 for "B",
 // quoted-printable with "_" as space for "Q" (capitals only), then widened from the charset as
 // named (TextWidenCharset). A word that doesn't parse or decode, an unknown charset among them,
 // stays as written. Plain text widens byte for byte; false, with `out` untouched, for a byte
 // above 0x7F in it.
-[[nodiscard]] TESSERA_API bool MimeDecodeEncodedWords(const char* text, unsigned int length, std::u16string& out);
+[[nodiscard]] TESSERA_API bool MimeDecodeEncodedWords(const char* text, unsigned int length,
+                                                      std::u16string& out);
 
 // Conveniences: the decoders on a view.
 [[nodiscard]] inline bool MimeQuotedPrintableDecode(std::string_view text, std::string& out,

@@ -65,10 +65,11 @@ TESSERA_API void UriPercentEncode(const char* text, unsigned int length, std::st
 // False, with all three arguments untouched, for an empty text, a "%" with fewer than two bytes
 // behind it, or two bytes that TextNumeric doesn't read as base 16.
 // Kept for compatibility: the digits read as an unsigned number would, so "%+F" gives 0x0F.
-[[nodiscard]] TESSERA_API bool UriPercentDecodeChar(const char*& text, unsigned int& length, char& c);
+[[nodiscard]] TESSERA_API bool UriPercentDecodeChar(const char*& text, unsigned int& length,
+                                                    char& c);
 // Decodes a whole text; false, with `result` untouched, at the first bad escape.
 [[nodiscard]] TESSERA_API bool UriPercentDecode(const char* text, unsigned int length,
-                                              std::string& result);
+                                                std::string& result);
 // Writes the entries in position order as key=value joined by `separator`, spaces made "+" and
 // the rest percent-encoded with "!$&'()*+,;=:@/?" left as they are. No entries give "".
 TESSERA_API void UriQueryFormEncode(const Properties& properties, std::string& result,
@@ -90,16 +91,15 @@ TESSERA_API void UriQueryFormEncode(const Properties& properties, std::string& r
          UriDecompose(text.data(), static_cast<unsigned int>(text.size()), scheme, authority, path,
                       query, fragment);
 }
-inline bool UriHierPartDecompose(std::string_view text, std::string& authority,
-                                 std::string& path) {
+inline bool UriHierPartDecompose(std::string_view text, std::string& authority, std::string& path) {
   return detail::FitsLength(text.size()) &&
          UriHierPartDecompose(text.data(), static_cast<unsigned int>(text.size()), authority, path);
 }
 [[nodiscard]] inline bool UriAuthorityDecompose(std::string_view text, std::string& userInfo,
                                                 std::string& host, std::string& port) {
   return detail::FitsLength(text.size()) &&
-         UriAuthorityDecompose(text.data(), static_cast<unsigned int>(text.size()), userInfo,
-                               host, port);
+         UriAuthorityDecompose(text.data(), static_cast<unsigned int>(text.size()), userInfo, host,
+                               port);
 }
 inline void UriPercentEncode(std::string_view text, std::string& result, const char* extra) {
   UriPercentEncode(text.data(), detail::CheckedLength(text.size(), "Tessera::UriPercentEncode"),

@@ -153,7 +153,8 @@ class TESSERA_API BasicStringTokenizer {
   void Rebase(const C* text, unsigned int length, unsigned int offset);
   // Conveniences: Rebase onto a view.
   void Rebase(View text) {
-    Rebase(text.data(), detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Rebase"));
+    Rebase(text.data(),
+           detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Rebase"));
   }
   void Rebase(View text, unsigned int offset) {
     Rebase(text.data(), detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Rebase"),

@@ -74,7 +74,9 @@ inline void TextNarrowCharset(std::u16string_view text, std::string& out, const 
   TextNarrowCharset(text.data(), fits ? static_cast<unsigned int>(text.size()) : 0, out, charset);
   if (!fits) TextNarrowCodePage(text, out, 0);
 }
-inline void TextWiden(std::string_view text, std::u16string& out) { TextWidenCodePage(text, out, 0); }
+inline void TextWiden(std::string_view text, std::u16string& out) {
+  TextWidenCodePage(text, out, 0);
+}
 inline void TextNarrow(std::u16string_view text, std::string& out) {
   TextNarrowCodePage(text, out, 0);
 }

@@ -34,7 +34,7 @@ inline unsigned int CheckedLength(std::size_t size, const char* function) {
 // Calls a ported comparison with the two views.
 template <class C>
 int PassViews(int (*function)(const C*, unsigned int, const C*, unsigned int),
-            std::basic_string_view<C> text1, std::basic_string_view<C> text2, const char* name) {
+              std::basic_string_view<C> text1, std::basic_string_view<C> text2, const char* name) {
   const unsigned int length1 = CheckedLength(text1.size(), name);
   return function(text1.data(), length1, text2.data(), CheckedLength(text2.size(), name));
 }

@@ -25,7 +25,8 @@ namespace Tessera {
 // incomplete or invalid sequence stands directly behind the first character (`out` then holds
 // that character). A first character beyond U+FFFF doesn't fit one unit: 0, `out` unchanged;
 // so for an empty text.
-[[nodiscard]] TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned int length);
+[[nodiscard]] TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text,
+                                                     unsigned int length);
 
 // Replaces `out` with the UTF-16 form of the UTF-8 `text`. Throws TextConversionError
 // ("unable to widen incomplete UTF-8 sequence" for a sequence cut off by the end of the text,

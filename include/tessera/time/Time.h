@@ -89,9 +89,9 @@ class TESSERA_API Time {
   // ported callers get the same acceptances and refusals.
   [[nodiscard]] bool Set(unsigned int year, unsigned int month, unsigned int day, TimeKind kind);
   // Second 60 and milliseconds 1000 are refused.
-  [[nodiscard]] bool Set(unsigned int year, unsigned int month, unsigned int day,
-                         unsigned int hour, unsigned int minute, unsigned int second,
-                         unsigned int millisecond, TimeKind kind);
+  [[nodiscard]] bool Set(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
+                         unsigned int minute, unsigned int second, unsigned int millisecond,
+                         TimeKind kind);
 
   // Renderers use the stored ticks on the clock of the kind, without conversion.
   // Unix seconds, by unsigned arithmetic: a time before 1970 gives the wrapped quotient.
