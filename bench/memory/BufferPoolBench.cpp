@@ -3,6 +3,8 @@
 // then skip their atomic operations), on one thread of a process with several, and on two
 // threads sharing one pool. The first pair needs a process of its own:
 //   bench_memory --benchmark_filter=NoThreadStarted
+// The two-thread pair shows the lock's contention only while both threads run at once: on a
+// loaded machine they take turns, and the pool looks better than it is.
 #include <tessera/memory/Buffer.h>
 
 #include <benchmark/benchmark.h>

@@ -28,10 +28,11 @@ void ShowCharsets() {
             << Show(wide) << "\"\n";
 
   std::string body;
-  MimeQuotedPrintableDecode("Gr=FC=DFe aus K=F6ln=0D=0A", npos, body, false);
-  TextWidenCharset(body.data(), static_cast<unsigned int>(body.size()), wide, "ISO-8859-1");
-  std::cout << "quoted-printable body in ISO-8859-1: \"" << Show(wide.substr(0, wide.size() - 2))
-            << "\" and CR LF\n";
+  if (MimeQuotedPrintableDecode("Gr=FC=DFe aus K=F6ln=0D=0A", npos, body, false)) {
+    TextWidenCharset(body, wide, "ISO-8859-1");
+    std::cout << "quoted-printable body in ISO-8859-1: \"" << Show(wide.substr(0, wide.size() - 2))
+              << "\" and CR LF\n";
+  }
 
   std::string encoded;
   std::string bytes;

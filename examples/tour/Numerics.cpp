@@ -34,8 +34,8 @@ void ShowNumerics() {
   if (cbrt != nullptr) std::printf("libm loaded, cbrt(27) = %g\n", cbrt(27.0));
 
   std::string type, version;
-  Tessera::GetSystemType(type);
-  Tessera::GetSystemVersion(version);
+  if (!Tessera::GetSystemType(type)) type = "(unknown)";
+  if (!Tessera::GetSystemVersion(version)) version = "(unknown)";
   const char* edition = Tessera::GetWindowsEdition();
   std::printf("Windows edition: %s\nsystem: %s, version %s\n", edition != nullptr ? edition : "(none)",
               type.c_str(), version.c_str());

@@ -35,9 +35,10 @@ void ShowTime() {
   }
   std::cout << "\"2008-02-30\" parses: " << std::boolalpha << parsed.ParseIso("2008-02-30") << '\n';
   Time cut(TimeKind::Utc);
-  cut.Set(67137, 1, 2, TimeKind::Utc);
-  cut.FormatIsoDate(text);
-  std::cout << "year 67137 cut to 16 bits: " << text << " (kept for compatibility)\n";
+  if (cut.Set(67137, 1, 2, TimeKind::Utc)) {
+    cut.FormatIsoDate(text);
+    std::cout << "year 67137 cut to 16 bits: " << text << " (kept for compatibility)\n";
+  }
 
   Tessera::AveragingMeter meter(Tessera::TimeSpan(100 * Tessera::TimeSpan::millisecond.GetTicks()));
   for (int i = 0; i < 12; ++i) {

@@ -35,13 +35,7 @@ void ReferenceParameters(Tokenizer& t, Tessera::Properties& properties) {
   unsigned int length;
   for (;;) {
     t.SetDelimiter("=");
-    unsigned int noted = t.GetPosition();
-    t.SkipDelimiters();
-    if (t.IsDone()) {
-      t.SetPosition(noted);
-      break;
-    }
-    t.Next(token, length);
+    if (!t.Next(token, length)) break;
     const std::string name(token, length);
     t.SkipDelimiters();
     if (t.IsDone()) break;
@@ -60,13 +54,7 @@ void ReferenceParameters(Tokenizer& t, Tessera::Properties& properties) {
       t.SetDelimiter("; \t");
     } else {
       t.SetDelimiter("; \t");
-      noted = t.GetPosition();
-      t.SkipDelimiters();
-      if (t.IsDone()) {
-        t.SetPosition(noted);
-        break;
-      }
-      t.Next(token, length);
+      if (!t.Next(token, length)) break;
       value.assign(token, length);
     }
     read.Set(name, value);

@@ -34,6 +34,17 @@ class TESSERA_API Lock {
       AcquireContended();
   }
 
+  // Takes the lock if it is free at this moment; true when it did. Never waits. As with
+  // Acquire, a thread must not try a lock it holds.
+  bool TryAcquire() {
+    if (__libc_single_threaded) {
+      state_.store(kHeld, std::memory_order_relaxed);
+      return true;
+    }
+    int expected = kFree;
+    return state_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire, std::memory_order_relaxed);
+  }
+
   void Release() {
     if (__libc_single_threaded) {
       state_.store(kFree, std::memory_order_relaxed);
@@ -47,8 +58,8 @@ class TESSERA_API Lock {
   static constexpr int kHeld = 1;
   static constexpr int kHeldWithWaiters = 2;
 
-  void AcquireContended();
-  void WakeOne();
+  void AcquireContended() noexcept;
+  void WakeOne() noexcept;
 
   std::atomic<int> state_{kFree};
 };

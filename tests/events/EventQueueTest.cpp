@@ -6,6 +6,8 @@
 #include <chrono>
 #include <string>
 #include <thread>
+#include <tuple>
+#include <typeinfo>
 #include <vector>
 
 #include <tessera/memory/Buffer.h>
@@ -47,6 +49,24 @@ TEST(EventId, ComparesByKindAndCharsAndCopiesOwnedTexts) {
   }
   copy = *&copy;
   EXPECT_STREQ(copy.GetText(), "gone soon");
+}
+
+TEST(EventId, MovesHandOverOwnedTextsAndContents) {
+  struct Content : AnyEvent::Content {
+    const std::type_info& GetType() const override { return typeid(Content); }
+    Content* Clone() const override { return new Content; }
+  };
+  EventId text(std::string("owned")), number(7u);
+  const char* const owned = text.GetText();
+  EventId taken(std::move(text));
+  number = std::move(taken);
+  AnyEvent any(new Content), other;
+  AnyEvent::Content* const content = any.GetContent();
+  AnyEvent moved(std::move(any));
+  other = std::move(moved);
+  EXPECT_EQ(std::make_tuple(number.GetText(), text.IsText(), text.GetNumber(), taken.GetNumber(),
+                            other.GetContent(), any.IsEmpty(), moved.IsEmpty()),
+            std::make_tuple(owned, false, 0u, 7u, content, true, true));
 }
 
 TEST(Event, SmallEventsComeFromThePoolLargerOnesFromTheHeap) {

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <tuple>
+#include <type_traits>
 
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
@@ -88,4 +89,18 @@ TEST(BufferPoolHelper, DestructionLeavesBuffersValidButUnpooled) {
   EXPECT_TRUE(retained.IsPooled());  // its pool is shared and lives on
   keep.reset();
   EXPECT_FALSE(retained.IsPooled());
+}
+
+TEST(BufferPoolHelper, MovesHandThePoolsOver) {
+  static_assert(std::is_nothrow_move_constructible_v<BufferPoolHelper> &&
+                std::is_nothrow_move_assignable_v<BufferPoolHelper>);
+  BufferPoolHelper first(16, 1);
+  Buffer out = first.GetPool().Allocate();
+  first.AllocatePool(24, 1);  // the 16-byte pool is in use, so it is retained
+  BufferPoolHelper second(std::move(first));
+  EXPECT_FALSE(first.SharePool());
+  EXPECT_TRUE(second.AllocatePool(16, 1).IsUsed());  // the retained pool came along
+  second = BufferPoolHelper();  // its pools go as with its destructor
+  EXPECT_FALSE(second.SharePool());
+  EXPECT_FALSE(out.IsPooled());
 }

@@ -119,7 +119,7 @@ TEST(Buffer, FailuresThrowAndLeaveObjectsAsTheyWere) {
   EXPECT_EQ(State(target), "block true size=4 refs=1");
 
   BufferPool pool(64, 1);
-  ExpectThrowFrom<Plaint::LengthError>("Tessera::Buffer::Clone", [&] { Buffer(65).Clone(pool); }, "buffer size mismatch");
+  ExpectThrowFrom<Plaint::LengthError>("Tessera::Buffer::Clone", [&] { static_cast<void>(Buffer(65).Clone(pool)); }, "buffer size mismatch");
   EXPECT_FALSE(pool.IsUsed());
   EXPECT_TRUE(Buffer().Clone(pool).IsNull());
 }
@@ -165,7 +165,7 @@ TEST(BufferPool, PartialGrowthAndRefusedHeap) {
     Buffer a = pool.Allocate(), b = pool.Allocate(), c = pool.Allocate();
     EXPECT_EQ(Access::BufferCount(pool), 3u);
     // Not one block: fails and changes nothing.
-    ExpectThrowFrom<Plaint::BadAlloc>("Tessera::BufferPoolImpl::AllocateBufferLocked", [&] { pool.Allocate(); });
+    ExpectThrowFrom<Plaint::BadAlloc>("Tessera::BufferPoolImpl::AllocateBufferLocked", [&] { static_cast<void>(pool.Allocate()); });
     EXPECT_EQ(std::make_pair(Access::BufferCount(pool), Access::FreeCount(pool)), std::make_pair(3u, 0u));
   }
   EXPECT_EQ(Access::FreeCount(pool), 3u);

@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <tuple>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -76,6 +77,19 @@ TEST(Module, OnlyOwnedReferencesAreGivenBack) {
   ::dlclose(own);
   EXPECT_TRUE(IsLoaded());  // the released reference lives on
   ::dlclose(released);
+  EXPECT_FALSE(IsLoaded());
+}
+
+TEST(Module, MovesHandOverTheReference) {
+  Module loaded(modulePath, Module::AccessLoad, 0);
+  const Module::Handle handle = loaded.GetHandle();
+  Module moved(std::move(loaded));
+  Module assigned;
+  ASSERT_TRUE(assigned.Load(modulePath, 0));
+  assigned = std::move(moved);  // gives back its own reference first
+  EXPECT_EQ(std::make_tuple(assigned.GetHandle(), loaded.IsValid(), moved.IsValid()),
+            std::make_tuple(handle, false, false));
+  assigned.Close();
   EXPECT_FALSE(IsLoaded());
 }
 

@@ -1,5 +1,8 @@
 #include <tessera/text/IConv.h>
+#include <tessera/text/StringTokenizer.h>
+#include <tessera/text/TextCompare.h>
 #include <tessera/text/TextConv.h>
+#include <tessera/text/Utf8.h>
 #include <tessera/win32/CodePage.h>
 
 #include <gtest/gtest.h>
@@ -7,6 +10,7 @@
 #include <algorithm>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -232,4 +236,48 @@ TEST(TextConv, DefaultPageFollowsTheLocaleCodeset) {
   TextWiden("\xC3\xA9\xFF", npos, wide);
   TextNarrow(u"\u20AC", npos, narrow);
   EXPECT_EQ(std::make_pair(wide, narrow), std::make_pair(std::u16string(u"\u00E9\uFFFD"), std::string("\xE2\x82\xAC")));
+}
+
+TEST(TextViews, GiveThePointerResultsMoveAndRefuseWhatNoLengthCanHold) {
+  const std::string_view nul("ab\0x", 4);
+  std::u16string wide;
+  std::string narrow;
+  char16_t unit = 0;
+  TextWidenUtf8(std::string("\xC3\xA9\0", 3), wide);
+  TextNarrowUtf8(wide, narrow);
+  const unsigned int taken = WidenCharUtf8(unit, "\xC3\xA9" "a");
+  EXPECT_EQ(std::make_tuple(TextCompare(nul, std::string_view("ab\0yz", 5)), TextFind(nul, "x"),
+                            TextRFind(u"abab", u"ab"), narrow, taken, unit),
+            std::make_tuple(-1, 3u, 2u, std::string("\xC3\xA9\0", 3), 2u, u'\u00E9'));
+
+  BasicStringTokenizer<char16_t> source(std::u16string_view(u"a,,b c"), u",", DelimitModeAnyOf);
+  std::u16string_view first, second, kept = u"kept";
+  ASSERT_TRUE(source.Next(first));
+  BasicStringTokenizer<char16_t> moved(std::move(source));
+  ASSERT_TRUE(moved.Next(second, nullptr, DelimitModeAnyOf));
+  EXPECT_FALSE(source.Next(kept));
+  source = std::move(moved);
+  EXPECT_EQ(std::make_tuple(first, second, kept, source.GetPosition(), moved.GetTextStart()),
+            std::make_tuple(u"a", u",,b", u"kept", 4u, nullptr));
+
+  if constexpr (sizeof(std::size_t) > sizeof(unsigned int)) {
+    // Sizes of npos and more never reach the data: only the first bytes are real.
+    const std::string_view huge("ab", npos);
+    const std::u16string_view hugeWide(u"ab", npos);
+    const unsigned int cut = WidenCharUtf8(unit, huge);
+    EXPECT_EQ(std::make_tuple(TextFind(huge, "a"), TextRFind(u"a", hugeWide), cut, unit),
+              std::make_tuple(npos, npos, 1u, u'a'));
+    EXPECT_EQ(Catch<Plaint::LengthError>([&] { return TextCollate(huge, "a"); }),
+              Thrown("text too long", "Tessera::TextCollate", 0));
+    EXPECT_EQ(Catch<TextConversionError>([&] { TextWidenUtf8(huge, wide); }),
+              Thrown("text too long", "Tessera::TextWidenUtf8", 0));
+    EXPECT_EQ(wide, std::u16string(u"\u00E9\0", 2));
+    EXPECT_EQ(Catch<TextConversionError>([&] { TextWidenCharset(huge, wide, "utf-8"); }),
+              Thrown("Unicode conversion failed", "Tessera::TextWidenCodePage", 87));
+    EXPECT_EQ(Catch<TextConversionError>([&] { TextNarrowCharset(hugeWide, narrow, "x"); }),
+              Thrown("unsupported charset", "Tessera::TextNarrowCharset", 0));
+    EXPECT_EQ(Catch<Plaint::LengthError>([&] { source.Rebase(hugeWide, 1); }),
+              Thrown("text too long", "Tessera::BasicStringTokenizer::Rebase", 0));
+    EXPECT_EQ(source.GetTextLength(), 6u);
+  }
 }

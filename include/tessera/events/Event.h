@@ -39,6 +39,17 @@ class TESSERA_API EventId {
   EventId(const EventId& other);
   // Copies first, then frees the old text: a refused allocation leaves this as it was.
   EventId& operator=(const EventId& other);
+  // Convenience: takes the text without copying it; `other` is left the number 0.
+  EventId(EventId&& other) noexcept : text(other.text), value(other.value) {
+    other.text = nullptr;
+    other.value = 0;
+  }
+  // Convenience: exchanges the identifiers; `other` is left with the old one.
+  EventId& operator=(EventId&& other) noexcept {
+    std::swap(text, other.text);
+    std::swap(value, other.value);
+    return *this;
+  }
   ~EventId() { Destroy(); }
 
   bool IsText() const { return text != nullptr; }
@@ -123,6 +134,13 @@ class TESSERA_API AnyEvent {
   // Clones the source first, then destroys the old content.
   AnyEvent& operator=(const AnyEvent& other);
   ~AnyEvent() { delete content; }
+  // Convenience: takes the content without cloning it; `other` is left empty.
+  AnyEvent(AnyEvent&& other) noexcept : content(other.content) { other.content = nullptr; }
+  // Convenience: exchanges the contents; `other` is left with the old one.
+  AnyEvent& operator=(AnyEvent&& other) noexcept {
+    std::swap(content, other.content);
+    return *this;
+  }
 
   Content* GetContent() const { return content; }
   bool IsEmpty() const { return content == nullptr; }

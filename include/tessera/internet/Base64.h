@@ -1,12 +1,18 @@
 // Base64 of the standard alphabet ("A-Z a-z 0-9 + /", pad "="), with no line breaks. The
 // decoder takes the first "=" as the end, whatever follows, and needs no padding; it refuses
 // anything else outside the alphabet, white space and NUL included.
+//
+// Conveniences: both also take the bytes as a std::string_view. A view of `npos` bytes or more
+// can't be passed on: the encoder throws Plaint::LengthError ("text too long", context
+// "Tessera::Base64Encode"), the decoder gives false with `out` untouched.
 #ifndef TESSERA_INTERNET_BASE64_H
 #define TESSERA_INTERNET_BASE64_H
 
 #include <string>
+#include <string_view>
 
 #include <tessera_export.h>
+#include <tessera/text/TextViews.h>
 
 namespace Tessera {
 
@@ -22,10 +28,20 @@ TESSERA_API void Base64Encode(const char* text, std::string& out);
 // none. False for a character that `isalnum` (of the process locale) refuses and that isn't
 // "+" or "/": `out` then holds the groups completed before it. A byte above 0x7F that the
 // locale calls alphanumeric counts as the value 0.
-TESSERA_API bool Base64Decode(const void* data, unsigned int length, std::string& out);
+[[nodiscard]] TESSERA_API bool Base64Decode(const void* data, unsigned int length,
+                                            std::string& out);
 
 // As above, for `text` up to its NUL.
-TESSERA_API bool Base64Decode(const char* text, std::string& out);
+[[nodiscard]] TESSERA_API bool Base64Decode(const char* text, std::string& out);
+
+// Conveniences: the encoder and decoder on a view.
+inline void Base64Encode(std::string_view data, std::string& out) {
+  Base64Encode(data.data(), detail::CheckedLength(data.size(), "Tessera::Base64Encode"), out);
+}
+[[nodiscard]] inline bool Base64Decode(std::string_view data, std::string& out) {
+  return detail::FitsLength(data.size()) &&
+         Base64Decode(data.data(), static_cast<unsigned int>(data.size()), out);
+}
 
 }  // namespace Tessera
 

@@ -48,13 +48,13 @@ class TESSERA_API Properties {
   unsigned int Set(const std::string& key, const std::string& value);
 
   // The value and its position, or null with `position` untouched.
-  const std::string* Find(const std::string& key, unsigned int& position) const;
+  [[nodiscard]] const std::string* Find(const std::string& key, unsigned int& position) const;
   // The value, or null.
-  const std::string* Get(const std::string& key) const;
+  [[nodiscard]] const std::string* Get(const std::string& key) const;
   // The writable value, or null; never inserts.
-  std::string* Access(const std::string& key);
+  [[nodiscard]] std::string* Access(const std::string& key);
   // True and `value` assigned, or false with `value` untouched.
-  bool Get(const std::string& key, std::string& value) const;
+  [[nodiscard]] bool Get(const std::string& key, std::string& value) const;
   bool Has(const std::string& key) const { return Get(key) != nullptr; }
 
   unsigned int GetCount() const;

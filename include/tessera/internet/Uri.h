@@ -10,16 +10,22 @@
 // wherever user information or a port is given, and looser in letting any byte stand inside a
 // component, taking any text between "[" and "]" as an IP literal and "+" in front of a port
 // or an escape's digits. Nothing is case-folded or dot-segment normalised.
+//
+// Conveniences: Parse also takes a std::string_view (a view of `npos` bytes or more gives
+// false, the object untouched) or a NUL-terminated text, and a Uri moves without allocating,
+// leaving the one moved from as Uri() makes it.
 #ifndef TESSERA_INTERNET_URI_H
 #define TESSERA_INTERNET_URI_H
 
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
 #include <tessera/internet/Properties.h>
 #include <tessera/internet/UriText.h>
+#include <tessera/text/TextViews.h>
 
 namespace Tessera {
 
@@ -29,6 +35,15 @@ class TESSERA_API Uri {
 
   // Every component empty, no port.
   Uri() = default;
+  Uri(const Uri&) = default;
+  Uri& operator=(const Uri&) = default;
+  Uri(Uri&& other) noexcept { Swap(other); }
+  Uri& operator=(Uri&& other) noexcept {
+    Uri taken(std::move(other));
+    Swap(taken);
+    return *this;
+  }
+  ~Uri() = default;
 
   // Empties every component and drops the port.
   void Reset();
@@ -76,17 +91,34 @@ class TESSERA_API Uri {
   // broken IP literal, a port that isn't an unsigned 16-bit decimal, user information or a
   // port without a host, or a "%" that doesn't begin an escape. `text` may be one of this
   // object's own strings.
-  bool Parse(const char* text, unsigned int length);
-  bool Parse(const std::string& text);
+  [[nodiscard]] bool Parse(const char* text, unsigned int length);
+  [[nodiscard]] bool Parse(const std::string& text);
+  // Conveniences: Parse of a view or of a text up to its NUL.
+  [[nodiscard]] bool Parse(std::string_view text) {
+    return detail::FitsLength(text.size()) &&
+           Parse(text.data(), static_cast<unsigned int>(text.size()));
+  }
+  [[nodiscard]] bool Parse(const char* text) { return Parse(text, npos); }
 
   // Writes the whole URI; "//" and the authority only with a host. False, with `text`
   // untouched, when IsValid is false.
-  bool Format(std::string& text) const;
+  [[nodiscard]] bool Format(std::string& text) const;
   // Writes path, "?" query and "#" fragment, whatever the validity; always true. The
   // properties form of the query is written with "&" between entries and "+" for spaces.
   bool FormatRelative(std::string& text) const;
 
  private:
+  void Swap(Uri& other) noexcept {
+    scheme_.swap(other.scheme_);
+    userInfo_.swap(other.userInfo_);
+    host_.swap(other.host_);
+    authorityText_.swap(other.authorityText_);
+    path_.swap(other.path_);
+    queryProps_.Swap(other.queryProps_);
+    query_.swap(other.query_);
+    fragment_.swap(other.fragment_);
+    std::swap(port_, other.port_);
+  }
   template <class Out>
   void Emit(Out& out, bool absolute, const std::string& port) const;
   bool ParseView(std::string_view text);

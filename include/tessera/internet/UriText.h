@@ -6,35 +6,43 @@
 // first NUL. The splitters and coders build their results aside: on success every output
 // string is replaced (an absent part comes out empty), on failure none is touched, and the
 // input may be the very string that receives a result. Nothing throws but std::bad_alloc.
+//
+// Conveniences: the operations on a text also take a std::string_view. A view of `npos` bytes
+// or more can't be passed on: the checks, splitters and decoders give false with every output
+// untouched (UriHierPartDecompose too), UriPercentEncode throws Plaint::LengthError ("text too
+// long", context "Tessera::UriPercentEncode").
 #ifndef TESSERA_INTERNET_URITEXT_H
 #define TESSERA_INTERNET_URITEXT_H
 
 #include <string>
+#include <string_view>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
 #include <tessera/internet/Properties.h>
+#include <tessera/text/TextViews.h>
 
 namespace Tessera {
 
 // One of the 18 gen-delims and sub-delims ":/?#[]@!$&'()*+,;=".
-TESSERA_API bool UriIsCharReserved(char c);
+[[nodiscard]] TESSERA_API bool UriIsCharReserved(char c);
 // A-Z, a-z, 0-9 and "-._~".
-TESSERA_API bool UriIsCharUnreserved(char c);
+[[nodiscard]] TESSERA_API bool UriIsCharUnreserved(char c);
 // A letter; behind the first place also a digit or one of "+-.".
-TESSERA_API bool UriIsSchemeChar(char c, bool first);
+[[nodiscard]] TESSERA_API bool UriIsSchemeChar(char c, bool first);
 // The whole text is a scheme; an empty text is not.
-TESSERA_API bool UriIsSchemeValid(const char* text, unsigned int length);
+[[nodiscard]] TESSERA_API bool UriIsSchemeValid(const char* text, unsigned int length);
 // The text starts with "[" and ends with "]"; what stands between is not examined ("[]" is one).
-TESSERA_API bool UriIsHostIpLiteral(const char* text, unsigned int length);
+[[nodiscard]] TESSERA_API bool UriIsHostIpLiteral(const char* text, unsigned int length);
 
 // Splits at the first ":" into scheme and the rest, the rest into hierarchical part, "?" query
 // and "#" fragment, and the hierarchical part as UriHierPartDecompose does. The scheme is not
 // validated. False only for a text without ":". An empty query or fragment can't be told from
 // an absent one.
-TESSERA_API bool UriDecompose(const char* text, unsigned int length, std::string& scheme,
-                              std::string& authority, std::string& path, std::string& query,
-                              std::string& fragment);
+[[nodiscard]] TESSERA_API bool UriDecompose(const char* text, unsigned int length,
+                                            std::string& scheme, std::string& authority,
+                                            std::string& path, std::string& query,
+                                            std::string& fragment);
 // "//" then the authority up to the next "/", the rest being the path with its "/"; without a
 // leading "//" the whole text is the path. Always true.
 TESSERA_API bool UriHierPartDecompose(const char* text, unsigned int length,
@@ -43,9 +51,9 @@ TESSERA_API bool UriHierPartDecompose(const char* text, unsigned int length,
 // "]", which must end the text or stand before ":"; otherwise up to the first ":"), then the
 // port text behind that ":", not validated. False for "[" without "]" or "]" followed by
 // anything but ":".
-TESSERA_API bool UriAuthorityDecompose(const char* text, unsigned int length,
-                                       std::string& userInfo, std::string& host,
-                                       std::string& port);
+[[nodiscard]] TESSERA_API bool UriAuthorityDecompose(const char* text, unsigned int length,
+                                                     std::string& userInfo, std::string& host,
+                                                     std::string& port);
 
 // Writes "%", two upper-case hex digits and a NUL into `buffer` (at least 4 bytes).
 TESSERA_API void UriPercentEncodeChar(char c, char* const buffer);
@@ -57,13 +65,61 @@ TESSERA_API void UriPercentEncode(const char* text, unsigned int length, std::st
 // False, with all three arguments untouched, for an empty text, a "%" with fewer than two bytes
 // behind it, or two bytes that TextNumeric doesn't read as base 16.
 // Kept for compatibility: the digits read as an unsigned number would, so "%+F" gives 0x0F.
-TESSERA_API bool UriPercentDecodeChar(const char*& text, unsigned int& length, char& c);
+[[nodiscard]] TESSERA_API bool UriPercentDecodeChar(const char*& text, unsigned int& length,
+                                                    char& c);
 // Decodes a whole text; false, with `result` untouched, at the first bad escape.
-TESSERA_API bool UriPercentDecode(const char* text, unsigned int length, std::string& result);
+[[nodiscard]] TESSERA_API bool UriPercentDecode(const char* text, unsigned int length,
+                                                std::string& result);
 // Writes the entries in position order as key=value joined by `separator`, spaces made "+" and
 // the rest percent-encoded with "!$&'()*+,;=:@/?" left as they are. No entries give "".
 TESSERA_API void UriQueryFormEncode(const Properties& properties, std::string& result,
                                     char separator);
+
+// Conveniences: the operations above on views.
+[[nodiscard]] inline bool UriIsSchemeValid(std::string_view text) {
+  return detail::FitsLength(text.size()) &&
+         UriIsSchemeValid(text.data(), static_cast<unsigned int>(text.size()));
+}
+[[nodiscard]] inline bool UriIsHostIpLiteral(std::string_view text) {
+  return detail::FitsLength(text.size()) &&
+         UriIsHostIpLiteral(text.data(), static_cast<unsigned int>(text.size()));
+}
+[[nodiscard]] inline bool UriDecompose(std::string_view text, std::string& scheme,
+                                       std::string& authority, std::string& path,
+                                       std::string& query, std::string& fragment) {
+  return detail::FitsLength(text.size()) &&
+         UriDecompose(text.data(), static_cast<unsigned int>(text.size()), scheme, authority, path,
+                      query, fragment);
+}
+inline bool UriHierPartDecompose(std::string_view text, std::string& authority, std::string& path) {
+  return detail::FitsLength(text.size()) &&
+         UriHierPartDecompose(text.data(), static_cast<unsigned int>(text.size()), authority, path);
+}
+[[nodiscard]] inline bool UriAuthorityDecompose(std::string_view text, std::string& userInfo,
+                                                std::string& host, std::string& port) {
+  return detail::FitsLength(text.size()) &&
+         UriAuthorityDecompose(text.data(), static_cast<unsigned int>(text.size()), userInfo, host,
+                               port);
+}
+inline void UriPercentEncode(std::string_view text, std::string& result, const char* extra) {
+  UriPercentEncode(text.data(), detail::CheckedLength(text.size(), "Tessera::UriPercentEncode"),
+                   result, extra);
+}
+// Takes one character off the front of the view, which moves on; an escape needs no more than
+// three bytes, so a longer view is cut without changing the result.
+[[nodiscard]] inline bool UriPercentDecodeChar(std::string_view& text, char& c) {
+  const char* start = text.data();
+  unsigned int length =
+      static_cast<unsigned int>(detail::FitsLength(text.size()) ? text.size() : npos - 1);
+  const unsigned int before = length;
+  if (!UriPercentDecodeChar(start, length, c)) return false;
+  text.remove_prefix(before - length);
+  return true;
+}
+[[nodiscard]] inline bool UriPercentDecode(std::string_view text, std::string& result) {
+  return detail::FitsLength(text.size()) &&
+         UriPercentDecode(text.data(), static_cast<unsigned int>(text.size()), result);
+}
 
 }  // namespace Tessera
 

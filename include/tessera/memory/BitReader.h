@@ -4,7 +4,8 @@
 // significant one, and a value of several bits comes most significant bit first. The reader
 // neither owns nor copies the memory, and never allocates except for an exception on its
 // way out. Every check comes before any work: after a throw, the position and the target
-// memory are as they were. BitWriter (BitWriter.h) is the mirror image.
+// memory are as they were. BitWriter (BitWriter.h) is the mirror image. The reads are not
+// [[nodiscard]]: ported callers read and drop bits to step over them.
 #ifndef TESSERA_MEMORY_BITREADER_H
 #define TESSERA_MEMORY_BITREADER_H
 

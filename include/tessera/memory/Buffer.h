@@ -5,6 +5,10 @@
 // BufferPool hands out blocks of one size from a last-in-first-out free list, grows in
 // steps of 16 and never shrinks. Its lock lets many threads allocate and release at once.
 // A pool may die while blocks are out: they carry on as unpooled blocks.
+//
+// Conveniences beside the ported API: Buffer's move constructor and move assignment, and
+// [[nodiscard]] on every call whose result is its whole point (a dropped Unbind result
+// leaks its block).
 #ifndef TESSERA_MEMORY_BUFFER_H
 #define TESSERA_MEMORY_BUFFER_H
 
@@ -75,16 +79,16 @@ class TESSERA_API Buffer {
   // nothing if both already share a block. Throws Plaint::BadAlloc, leaving this as it was.
   void Assign(const Buffer& other, const UnpooledTag&);
 
-  void* Memory() { return data_ != nullptr ? Payload(data_) : nullptr; }
-  const void* Memory() const { return data_ != nullptr ? Payload(data_) : nullptr; }
-  void* data() { return Memory(); }
-  const void* data() const { return Memory(); }
-  std::uint32_t GetSize() const { return data_ != nullptr ? data_->size : 0; }
-  std::uint32_t size() const { return GetSize(); }
+  [[nodiscard]] void* Memory() { return data_ != nullptr ? Payload(data_) : nullptr; }
+  [[nodiscard]] const void* Memory() const { return data_ != nullptr ? Payload(data_) : nullptr; }
+  [[nodiscard]] void* data() { return Memory(); }
+  [[nodiscard]] const void* data() const { return Memory(); }
+  [[nodiscard]] std::uint32_t GetSize() const { return data_ != nullptr ? data_->size : 0; }
+  [[nodiscard]] std::uint32_t size() const { return GetSize(); }
 
-  bool IsNull() const { return data_ == nullptr; }
-  bool IsPooled() const { return data_ != nullptr && data_->pool.load(std::memory_order_relaxed) != nullptr; }
-  bool IsShared() const { return data_ != nullptr && data_->refCount != 1; }
+  [[nodiscard]] bool IsNull() const { return data_ == nullptr; }
+  [[nodiscard]] bool IsPooled() const { return data_ != nullptr && data_->pool.load(std::memory_order_relaxed) != nullptr; }
+  [[nodiscard]] bool IsShared() const { return data_ != nullptr && data_->refCount != 1; }
 
   // True for any block, also one of size 0 (the member-pointer form keeps `if (b)` working
   // without letting a buffer convert to an integer).
@@ -101,19 +105,20 @@ class TESSERA_API Buffer {
   void Fill(unsigned char value);
 
   // A copy of the payload: from the block's own pool for a pooled block, else unpooled.
-  Buffer Clone() const;
+  [[nodiscard]] Buffer Clone() const;
   // A block of `pool` holding this payload at its start. Throws Plaint::LengthError
   // "buffer size mismatch" if this block is larger than the pool's blocks.
-  Buffer Clone(BufferPool& pool) const;
-  Buffer Clone(const UnpooledTag& tag) const { return Buffer(*this, tag); }
+  [[nodiscard]] Buffer Clone(BufferPool& pool) const;
+  [[nodiscard]] Buffer Clone(const UnpooledTag& tag) const { return Buffer(*this, tag); }
 
   // Turns the reference into a raw payload pointer (null for a null buffer) and nulls
-  // `buffer`; the count is unchanged. Bind takes such a pointer back, unchecked.
+  // `buffer`; the count is unchanged. Bind takes such a pointer back, unchecked; its result
+  // may be dropped, which is how a raw reference is let go.
   static Buffer Bind(void* memory) {
     return Buffer(memory != nullptr ? reinterpret_cast<Data*>(static_cast<char*>(memory) - sizeof(Data)) : nullptr,
                   AdoptTag{});
   }
-  static void* Unbind(Buffer& buffer) {
+  [[nodiscard]] static void* Unbind(Buffer& buffer) {
     void* memory = buffer.Memory();
     buffer.data_ = nullptr;
     return memory;
@@ -137,6 +142,8 @@ class TESSERA_API Buffer {
     if (data_ != nullptr && --data_->refCount == 0) Free();
   }
   void Free();
+  // Free for an unpooled or detached block, or when the pool's lock is taken.
+  static void FreeSlow(Data* block, BufferPoolImpl* pool);
 
   static Data* AllocData(std::uint32_t size, BufferPoolImpl* pool);
   static void FreeData(Data* data);
@@ -160,17 +167,19 @@ class TESSERA_API BufferPool {
   // A buffer on a free block (the one released last), growing the pool by up to 16 blocks
   // when none is free. The payload holds what its last user left. Throws Plaint::BadAlloc
   // only if not one block can be made; the pool is then unchanged.
-  Buffer Allocate();
+  [[nodiscard]] Buffer Allocate();
 
-  std::uint32_t GetBufferSize() const;
+  [[nodiscard]] std::uint32_t GetBufferSize() const;
   // True while any block is out; a snapshot when other threads use the pool.
-  bool IsUsed() const;
+  [[nodiscard]] bool IsUsed() const;
 
  private:
   friend class Buffer;
   friend struct detail::BufferPoolAccess;
   // A detached block of a dead pool is gone; the last one takes the pool's body along.
   static void DropDetached(BufferPoolImpl& pool);
+  // Allocate when the lock is taken or the free list is empty.
+  static Buffer AllocateSlow(BufferPoolImpl& pool);
 
   BufferPoolImpl* impl_;
 };

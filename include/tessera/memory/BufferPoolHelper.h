@@ -5,7 +5,8 @@
 // pool, and it becomes current again when its size comes back. Retained pools go away only
 // in Flush, once nothing of them is out, and with the helper. Pools are shared through
 // boost::shared_ptr, whose counts are atomic; the helper itself has no lock and belongs to
-// one thread at a time.
+// one thread at a time. The move constructor and move assignment, and [[nodiscard]] on
+// SharePool, are conveniences beside the ported API.
 #ifndef TESSERA_MEMORY_BUFFERPOOLHELPER_H
 #define TESSERA_MEMORY_BUFFERPOOLHELPER_H
 
@@ -32,6 +33,10 @@ class TESSERA_API BufferPoolHelper {
 
   BufferPoolHelper(const BufferPoolHelper&) = delete;
   BufferPoolHelper& operator=(const BufferPoolHelper&) = delete;
+  // Takes over `other`'s current and retained pools; `other` is left with none.
+  BufferPoolHelper(BufferPoolHelper&& other) noexcept;
+  // Gives up this helper's pools as its destructor would, then takes over `other`'s.
+  BufferPoolHelper& operator=(BufferPoolHelper&& other) noexcept;
 
   // The current pool after making it one of `bufferSize`-byte blocks: the current pool if
   // its size matches, else (after FreePool) the most recently retained pool of that size,
@@ -43,7 +48,7 @@ class TESSERA_API BufferPoolHelper {
   BufferPool& GetPool() { return *current_; }
 
   // The current pool's shared pointer, empty when there is none.
-  const boost::shared_ptr<BufferPool>& SharePool() const { return current_; }
+  [[nodiscard]] const boost::shared_ptr<BufferPool>& SharePool() const { return current_; }
 
   // Makes `pool` current: nothing changes if it already is (two empty pointers count as
   // the same); otherwise the current pool is given up as by FreePool, every retained entry

@@ -5,7 +5,9 @@
 // handle, and looks up symbols. It throws nothing: Load and Open report by a false result
 // and leave the platform's error (Win32::GetLastError) for the caller; BindSymbol gives
 // null. A replacing call that fails leaves the object as it was, and the old module stays
-// loaded until the new one is in hand. One thread at a time; not copyable.
+// loaded until the new one is in hand. One thread at a time; not copyable, but movable.
+//
+// Conveniences: a noexcept move, which leaves the Module moved from holding nothing.
 #ifndef TESSERA_PLATFORM_MODULE_H
 #define TESSERA_PLATFORM_MODULE_H
 
@@ -33,17 +35,32 @@ class TESSERA_API Module {
 
   Module(const Module&) = delete;
   Module& operator=(const Module&) = delete;
+  Module(Module&& other) noexcept : handle_(other.handle_), owned_(other.owned_) {
+    other.handle_ = nullptr;
+    other.owned_ = false;
+  }
+  // Closes the old content first.
+  Module& operator=(Module&& other) noexcept {
+    if (this != &other) {
+      Close();
+      handle_ = other.handle_;
+      owned_ = other.owned_;
+      other.handle_ = nullptr;
+      other.owned_ = false;
+    }
+    return *this;
+  }
 
   // Win32::LoadLibraryExA(name, null, flags). On success closes the old content and takes
   // the new handle as owned; on failure false, with the old content kept.
-  bool Load(const char* name, unsigned int flags);
+  [[nodiscard]] bool Load(const char* name, unsigned int flags);
 
   // Takes a module that the process has already loaded, with a reference where the
   // platform gives one: owned unless bit 1 of `flags` (value 2,
   // GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) is set, and never owned where the
   // platform has no GetModuleHandleExA. False, with the old content kept, when no such
   // module is loaded.
-  bool Open(const char* name, unsigned int flags);
+  [[nodiscard]] bool Open(const char* name, unsigned int flags);
 
   // Closes the old content and takes `handle` with the given ownership.
   void Attach(Handle handle, bool owned);
@@ -57,7 +74,7 @@ class TESSERA_API Module {
   void Close();
 
   // The address of symbol `name`, or null when it is missing or the object is empty.
-  void* BindSymbol(const char* name);
+  [[nodiscard]] void* BindSymbol(const char* name);
 
   bool IsValid() const { return handle_ != nullptr; }
   Handle GetHandle() const { return handle_; }

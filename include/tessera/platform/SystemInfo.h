@@ -37,22 +37,22 @@ TESSERA_API const char* GetWindowsEdition();
 
 // The running system's version numbers and, when `servicePack` is not null, its service
 // pack text. False, with the outputs as they were, when it has no Windows version.
-TESSERA_API bool GetWindowsVersion(unsigned int& major, unsigned int& minor, unsigned int& build,
-                                   std::string* servicePack);
+[[nodiscard]] TESSERA_API bool GetWindowsVersion(unsigned int& major, unsigned int& minor,
+                                                 unsigned int& build, std::string* servicePack);
 
 // The edition, then one space and the service pack when there is one:
 // "Windows XP Service Pack 2". Always true for given values.
 TESSERA_API bool GetSystemType(const OsVersionInfo& info, std::string& text);
 // The same for the running system; on a system without Windows versions, the kernel's name
 // and release ("Linux 6.1.0-18-amd64"). False, with `text` as it was, if neither is known.
-TESSERA_API bool GetSystemType(std::string& text);
+[[nodiscard]] TESSERA_API bool GetSystemType(std::string& text);
 
 // "major.minor (build n)" for the given values: "5.1 (build 2600)".
 TESSERA_API bool GetSystemVersion(const OsVersionInfo& info, std::string& text);
 // The same for the running system; on a system without Windows versions, the first three
 // numbers of the kernel release ("6.1.0-18-amd64" gives "6.1 (build 0)"). False, with
 // `text` as it was, if neither is known.
-TESSERA_API bool GetSystemVersion(std::string& text);
+[[nodiscard]] TESSERA_API bool GetSystemVersion(std::string& text);
 
 }  // namespace Tessera
 

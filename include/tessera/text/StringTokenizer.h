@@ -10,14 +10,22 @@
 // With an empty delimiter text the delimiters are white space: for `char` what `isspace`
 // says of the bytes 1 to 127 (NUL and bytes with the high bit set never are), for
 // `char16_t` what `iswspace` says of the code unit; both follow the process locale.
+//
+// Conveniences: the text may come as a view (its size the explicit length) and tokens may go
+// out as views. A text view of `npos` units or more throws Plaint::LengthError ("text too
+// long", context "Tessera::BasicStringTokenizer::Reset" or "...::Rebase") and changes nothing.
+// A tokenizer moves without allocating; the one moved from is left as a default-constructed one.
 #ifndef TESSERA_TEXT_STRINGTOKENIZER_H
 #define TESSERA_TEXT_STRINGTOKENIZER_H
 
 #include <string>
+#include <string_view>
 #include <type_traits>
+#include <utility>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
+#include <tessera/text/TextViews.h>
 
 namespace Tessera {
 
@@ -34,6 +42,8 @@ class TESSERA_API BasicStringTokenizer {
                 "BasicStringTokenizer is built for char and char16_t only");
 
  public:
+  using View = std::basic_string_view<C>;
+
   // A caller's own delimiter rule. While one is set, the delimiter text and the mode are
   // ignored. The tokenizer doesn't own it.
   class TESSERA_API Delimiter {
@@ -49,11 +59,44 @@ class TESSERA_API BasicStringTokenizer {
   // As the matching Reset.
   BasicStringTokenizer(const C* text, unsigned int length, const C* delimiter, DelimitMode mode);
   BasicStringTokenizer(const C* text, const C* delimiter, DelimitMode mode);
+  // Convenience: as Reset with a view.
+  BasicStringTokenizer(View text, const C* delimiter, DelimitMode mode) : BasicStringTokenizer() {
+    Reset(text, delimiter, mode);
+  }
+  BasicStringTokenizer(const BasicStringTokenizer&) = default;
+  BasicStringTokenizer& operator=(const BasicStringTokenizer&) = default;
+  // Convenience: takes every setting and the delimiter text's storage.
+  BasicStringTokenizer(BasicStringTokenizer&& other) noexcept
+      : text_(other.text_),
+        length_(other.length_),
+        position_(other.position_),
+        delimiter_(std::move(other.delimiter_)),
+        mode_(other.mode_),
+        delimiterObject_(other.delimiterObject_) {
+    other.Forget();
+  }
+  BasicStringTokenizer& operator=(BasicStringTokenizer&& other) noexcept {
+    if (this != &other) {
+      text_ = other.text_;
+      length_ = other.length_;
+      position_ = other.position_;
+      delimiter_.swap(other.delimiter_);
+      mode_ = other.mode_;
+      delimiterObject_ = other.delimiterObject_;
+      other.Forget();
+    }
+    return *this;
+  }
 
   // Starts over on `text` (`length` npos: up to its first NUL) at position 0, with the given
   // delimiter text (NUL-terminated; null means empty) and mode, and no delimiter object.
   void Reset(const C* text, unsigned int length, const C* delimiter, DelimitMode mode);
   void Reset(const C* text, const C* delimiter, DelimitMode mode);
+  // Convenience: Reset on a view.
+  void Reset(View text, const C* delimiter, DelimitMode mode) {
+    Reset(text.data(), detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Reset"),
+          delimiter, mode);
+  }
 
   // Replaces the delimiter text (null means empty) and drops the delimiter object; the mode
   // stays unless given.
@@ -67,10 +110,32 @@ class TESSERA_API BasicStringTokenizer {
   // Skips delimiters and gives the token behind them, leaving the position on the delimiter
   // (or end) behind it. With no token left, gives false, puts the position back and leaves
   // `token` and `length` untouched; a setting made by the call stays.
-  bool Next(const C*& token, unsigned int& length);
-  bool Next(const C*& token, unsigned int& length, const C* delimiter);
-  bool Next(const C*& token, unsigned int& length, const C* delimiter, DelimitMode mode);
-  bool Next(const C*& token, unsigned int& length, DelimitMode mode);
+  [[nodiscard]] bool Next(const C*& token, unsigned int& length);
+  [[nodiscard]] bool Next(const C*& token, unsigned int& length, const C* delimiter);
+  [[nodiscard]] bool Next(const C*& token, unsigned int& length, const C* delimiter,
+                          DelimitMode mode);
+  [[nodiscard]] bool Next(const C*& token, unsigned int& length, DelimitMode mode);
+  // Conveniences: Next with the token as a view, untouched on false.
+  [[nodiscard]] bool Next(View& token) {
+    const C* start = nullptr;
+    unsigned int length = 0;
+    return Next(start, length) && Slice(start, length, token);
+  }
+  [[nodiscard]] bool Next(View& token, const C* delimiter) {
+    const C* start = nullptr;
+    unsigned int length = 0;
+    return Next(start, length, delimiter) && Slice(start, length, token);
+  }
+  [[nodiscard]] bool Next(View& token, const C* delimiter, DelimitMode mode) {
+    const C* start = nullptr;
+    unsigned int length = 0;
+    return Next(start, length, delimiter, mode) && Slice(start, length, token);
+  }
+  [[nodiscard]] bool Next(View& token, DelimitMode mode) {
+    const C* start = nullptr;
+    unsigned int length = 0;
+    return Next(start, length, mode) && Slice(start, length, token);
+  }
   // As Next, without the token.
   bool Skip();
   // Moves the position over the delimiters that stand at it.
@@ -86,6 +151,15 @@ class TESSERA_API BasicStringTokenizer {
   // drops by that much (to no less than 0), for a buffer that lost its first characters.
   void Rebase(const C* text, unsigned int length);
   void Rebase(const C* text, unsigned int length, unsigned int offset);
+  // Conveniences: Rebase onto a view.
+  void Rebase(View text) {
+    Rebase(text.data(),
+           detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Rebase"));
+  }
+  void Rebase(View text, unsigned int offset) {
+    Rebase(text.data(), detail::CheckedLength(text.size(), "Tessera::BasicStringTokenizer::Rebase"),
+           offset);
+  }
 
   const C* GetTextStart() const { return text_; }
   unsigned int GetTextLength() const { return length_; }
@@ -96,6 +170,19 @@ class TESSERA_API BasicStringTokenizer {
   bool IsDone() const { return position_ == length_; }
 
  private:
+  static bool Slice(const C* start, unsigned int length, View& token) {
+    token = View(start, length);
+    return true;
+  }
+  // The state of a default-constructed tokenizer.
+  void Forget() noexcept {
+    text_ = nullptr;
+    length_ = 0;
+    position_ = 0;
+    delimiter_.clear();
+    mode_ = DelimitModeAnyOf;
+    delimiterObject_ = nullptr;
+  }
   bool MatchDelimiter(unsigned int& length);
   void SkipNonDelimiters();
 

@@ -4,13 +4,19 @@
 // surrogates are refused, never replaced or skipped. A byte order mark is an ordinary
 // character. A length of `npos` means the text ends at its first NUL; with an explicit length
 // a NUL is U+0000 and passes through.
+//
+// Conveniences: each conversion also takes a std::string_view or std::u16string_view, its size
+// being the explicit length. A view of `npos` units or more can't be passed on; what each form
+// then does stands at its declaration.
 #ifndef TESSERA_TEXT_UTF8_H
 #define TESSERA_TEXT_UTF8_H
 
 #include <string>
+#include <string_view>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
+#include <tessera/text/TextViews.h>
 
 namespace Tessera {
 
@@ -19,7 +25,8 @@ namespace Tessera {
 // incomplete or invalid sequence stands directly behind the first character (`out` then holds
 // that character). A first character beyond U+FFFF doesn't fit one unit: 0, `out` unchanged;
 // so for an empty text.
-TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text, unsigned int length);
+[[nodiscard]] TESSERA_API unsigned int WidenCharUtf8(char16_t& out, const char* text,
+                                                     unsigned int length);
 
 // Replaces `out` with the UTF-16 form of the UTF-8 `text`. Throws TextConversionError
 // ("unable to widen incomplete UTF-8 sequence" for a sequence cut off by the end of the text,
@@ -34,6 +41,25 @@ TESSERA_API void TextWidenUtf8(const char* text, unsigned int length, std::u16st
 // narrow invalid Unicode sequence" for any other unpaired surrogate); `out` then holds the
 // characters before it, never part of one.
 TESSERA_API void TextNarrowUtf8(const char16_t* text, unsigned int length, std::string& out);
+
+// Conveniences on views. WidenCharUtf8 reads no further than the second character, so a
+// longer view is cut to the longest length without changing the result. The two whole-text
+// forms throw TextConversionError ("text too long", context as the ported form) and leave
+// `out` untouched.
+[[nodiscard]] inline unsigned int WidenCharUtf8(char16_t& out, std::string_view text) {
+  const std::size_t cut = detail::FitsLength(text.size()) ? text.size() : npos - 1;
+  return WidenCharUtf8(out, text.data(), static_cast<unsigned int>(cut));
+}
+inline void TextWidenUtf8(std::string_view text, std::u16string& out) {
+  if (!detail::FitsLength(text.size()))
+    detail::ThrowConversionTooLong("text too long", "Tessera::TextWidenUtf8", false);
+  TextWidenUtf8(text.data(), static_cast<unsigned int>(text.size()), out);
+}
+inline void TextNarrowUtf8(std::u16string_view text, std::string& out) {
+  if (!detail::FitsLength(text.size()))
+    detail::ThrowConversionTooLong("text too long", "Tessera::TextNarrowUtf8", false);
+  TextNarrowUtf8(text.data(), static_cast<unsigned int>(text.size()), out);
+}
 
 // True if the process's narrow character encoding (the codeset of its locale) is UTF-8.
 TESSERA_API bool IsDefaultCharsetUtf8();

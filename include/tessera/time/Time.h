@@ -81,16 +81,17 @@ class TESSERA_API Time {
   bool Set(const ::timeval& value, TimeKind kind);
   // tm_year + 1900, tm_mon + 1, tm_mday, tm_hour, tm_min, tm_sec, each cut to 16 bits;
   // tm_wday, tm_yday and tm_isdst are not read.
-  bool Set(const ::tm& value, TimeKind kind);
-  bool Set(const Win32::SYSTEMTIME& value, TimeKind kind);
+  [[nodiscard]] bool Set(const ::tm& value, TimeKind kind);
+  [[nodiscard]] bool Set(const Win32::SYSTEMTIME& value, TimeKind kind);
   // Midnight of the day. Each field is cut to 16 bits, then validated: year 1601-30827,
   // no carrying of out-of-range fields.
   // Kept for compatibility: the cut comes before any check, so a year of 67137 is 1601;
   // ported callers get the same acceptances and refusals.
-  bool Set(unsigned int year, unsigned int month, unsigned int day, TimeKind kind);
+  [[nodiscard]] bool Set(unsigned int year, unsigned int month, unsigned int day, TimeKind kind);
   // Second 60 and milliseconds 1000 are refused.
-  bool Set(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
-           unsigned int minute, unsigned int second, unsigned int millisecond, TimeKind kind);
+  [[nodiscard]] bool Set(unsigned int year, unsigned int month, unsigned int day, unsigned int hour,
+                         unsigned int minute, unsigned int second, unsigned int millisecond,
+                         TimeKind kind);
 
   // Renderers use the stored ticks on the clock of the kind, without conversion.
   // Unix seconds, by unsigned arithmetic: a time before 1970 gives the wrapped quotient.
@@ -150,11 +151,11 @@ class TESSERA_API Time {
   void FormatAscTime(std::string& out) const;
   // Each reads its form tolerantly; on success the result is UTC, a text without a zone
   // being read as UTC. On false the object is unchanged.
-  bool ParseRfc822(const std::string& text);
-  bool ParseRfc850(const std::string& text);
-  bool ParseAscTime(const std::string& text);
+  [[nodiscard]] bool ParseRfc822(const std::string& text);
+  [[nodiscard]] bool ParseRfc850(const std::string& text);
+  [[nodiscard]] bool ParseAscTime(const std::string& text);
   // RFC 822, then RFC 850, then asctime; the first that reads the text wins.
-  bool ParseHttp(const std::string& text);
+  [[nodiscard]] bool ParseHttp(const std::string& text);
 
   // ISO 8601 under the TimeFormat flags ("2008-11-12T12:34:56.789Z" with 0). Numbers
   // go through the stream in fixed widths; the fill character '0' stays set afterwards.
@@ -166,7 +167,7 @@ class TESSERA_API Time {
   void FormatIsoTime(std::string& out, std::int32_t flags) const;
   // Extended or basic form, "T", "_" or " " between date and time, optional time,
   // seconds, fraction and zone; the result is UTC. On false the object is unchanged.
-  bool ParseIso(const std::string& text);
+  [[nodiscard]] bool ParseIso(const std::string& text);
 
  private:
   enum Tag { tagTicks };

@@ -1,5 +1,7 @@
 #include <tessera/memory/BufferPoolHelper.h>
 
+#include <utility>
+
 namespace Tessera {
 
 BufferPoolHelper::BufferPoolHelper() = default;
@@ -14,6 +16,19 @@ BufferPoolHelper::~BufferPoolHelper() {
   for (boost::shared_ptr<BufferPool>& pool : retained_) pool.reset();
   retained_.clear();
   current_.reset();
+}
+
+BufferPoolHelper::BufferPoolHelper(BufferPoolHelper&& other) noexcept
+    : current_(std::move(other.current_)), retained_(std::move(other.retained_)) {
+  other.retained_.clear();
+}
+
+BufferPoolHelper& BufferPoolHelper::operator=(BufferPoolHelper&& other) noexcept {
+  if (this == &other) return *this;
+  BufferPoolHelper given(std::move(other));
+  std::swap(current_, given.current_);
+  retained_.swap(given.retained_);
+  return *this;  // `given` goes with this helper's old pools
 }
 
 BufferPool& BufferPoolHelper::AllocatePool(std::uint32_t bufferSize, std::uint32_t bufferCount) {

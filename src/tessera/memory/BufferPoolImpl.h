@@ -13,8 +13,10 @@ namespace Tessera {
 
 // Blocks that are out carry the address of this body, not of the BufferPool: the body
 // outlives the pool while detached blocks are still out, so a Free that read the pool
-// pointer just before the pool died still finds a live lock.
-class BufferPoolImpl {
+// pointer just before the pool died still finds a live lock. The body fills one cache line
+// of its own: threads that share the pool move the lock and the list head together, and
+// nothing else on the heap drags that line away.
+class alignas(64) BufferPoolImpl {
  public:
   using Data = Buffer::Data;
 
@@ -25,8 +27,9 @@ class BufferPoolImpl {
   // Makes up to growthRate blocks and gives the last; a step that makes at least one block
   // succeeds. Throws Plaint::BadAlloc when none can be made.
   Data* AllocateAndGrowLocked();
-  // Takes the head of the free list, growing first if it is empty, and hands it out with
-  // one reference. Throws Plaint::BadAlloc when no block can be made; nothing changes then.
+  // Takes the head of the free list, growing first if it is empty, and marks it as out; the
+  // caller gives it its reference once the lock is released. Throws Plaint::BadAlloc when
+  // no block can be made; nothing changes then.
   Data* TakeFreeLocked();
   // Frees every free block and detaches those that are out. True when no block is out,
   // so the body can go at once; otherwise the last detached block takes it along.

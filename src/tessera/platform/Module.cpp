@@ -18,11 +18,9 @@ GetModuleHandleExFunction& ModuleHandleExEntry() {
 }  // namespace detail
 
 Module::Module(const char* name, AccessMode mode, unsigned int flags) : handle_(nullptr), owned_(false) {
-  if (mode == AccessLoad) {
-    Load(name, flags);
-  } else {
-    Open(name, flags);
-  }
+  // A failure leaves the object empty, which IsValid reports.
+  const bool loaded = mode == AccessLoad ? Load(name, flags) : Open(name, flags);
+  static_cast<void>(loaded);
 }
 
 bool Module::Load(const char* name, unsigned int flags) {

@@ -62,7 +62,11 @@ Time::Time(const ::timeval& value, TimeKind kind) : word_(0) { Set(value, kind);
 
 Time::Time(const Win32::FILETIME& value, TimeKind kind) : word_(0) { Set(value, kind); }
 
-Time::Time(const ::tm& value, TimeKind kind) : word_(0) { Set(value, kind); }
+// Kept for compatibility: refused fields leave tick 0 and throw nothing, as ported callers expect.
+Time::Time(const ::tm& value, TimeKind kind) : word_(0) {
+  const bool set = Set(value, kind);
+  static_cast<void>(set);
+}
 
 Time::Time(const Win32::SYSTEMTIME& value, TimeKind kind) : word_(0) { SetSystemTime(value, kind); }
 
