@@ -1,0 +1,408 @@
+#!/usr/bin/env python3
+"""Turns Google Benchmark JSON files into bench/REPORT.md and bench/report.png.
+
+    scripts/bench_report.py [--meta machine.json] [--out DIR] RESULTS.json...
+
+Each JSON file is one run of one bench_<subsystem> program (several files may share a
+program). Every Tessera case is paired with its peers by the PAIRS table below; the ratio is
+the peer's time over Tessera's for the same work, from the medians of the repetitions, so
+above 1 means Tessera is faster. A case whose peer did not run shows "—"; a benchmark the
+table does not know is listed without a ratio. Benchmarks that only report counters (the
+timer lateness ones) get a table of their own.
+"""
+
+import argparse
+import json
+import math
+import os
+import re
+import statistics
+import sys
+from collections import OrderedDict
+
+SUBSYSTEM_ORDER = ["memory", "text", "time", "internet", "events", "timers", "numerics"]
+
+# (label, Tessera case, {peer label: peer name}). The case is a regex matched against the
+# whole benchmark name; each peer name is expanded from its groups (\1, \2...), so one entry
+# covers every size and argument of a family.
+PAIRS = [
+    # memory
+    ("Bit reader, mixed widths", r"BM_BitReaderReadBitsMixed(.*)",
+     {"64-bit window reader": r"BM_WindowReadBitsMixed\1"}),
+    ("Bit reader, aligned blocks", r"BM_BitReaderReadDataAligned(.*)",
+     {"memcpy": r"BM_MemcpyAligned\1"}),
+    ("Bit reader, unaligned blocks", r"BM_BitReaderReadDataUnaligned(.*)",
+     {"memcpy (aligned 4 KiB)": r"BM_MemcpyAligned/4096"}),
+    ("Buffer pool, bursts of 64", r"BM_BufferPool_(\w+)(.*)",
+     {"malloc/free": r"BM_Malloc_\1\2"}),
+    # text
+    ("Code page widen", r"BM_TextWidenCodePage(.*)", {"ICU": r"BM_IcuToUChars\1"}),
+    ("Code page narrow", r"BM_TextNarrowCodePage(.*)", {"ICU": r"BM_IcuFromUChars\1"}),
+    ("UTF-8 widen", r"BM_TextWidenUtf8(.*)", {"ICU": r"BM_IcuStrFromUtf8\1"}),
+    ("UTF-8 narrow", r"BM_TextNarrowUtf8(.*)", {"ICU": r"BM_IcuStrToUtf8\1"}),
+    ("Parse int", r"BM_TextNumericInt(.*)", {"from_chars": r"BM_FromCharsInt\1"}),
+    ("Parse double", r"BM_TextNumericDouble(.*)", {"from_chars": r"BM_FromCharsDouble\1"}),
+    ("Format int", r"BM_TextFormatNumberInt(.*)",
+     {"to_chars": r"BM_ToCharsInt\1", "ostringstream": r"BM_OstringstreamInt\1",
+      "reused stream": r"BM_ReusedStreamInt\1"}),
+    ("Format double", r"BM_TextFormatNumberDouble(.*)",
+     {"to_chars %g": r"BM_ToCharsDoubleGeneral6\1", "to_chars shortest": r"BM_ToCharsDoubleShortest\1",
+      "ostringstream": r"BM_OstringstreamDouble\1", "reused stream": r"BM_ReusedStreamDouble\1"}),
+    ("Find", r"BM_TextFind(.*)", {"string_view::find": r"BM_StringViewFind\1", "memmem": r"BM_Memmem\1"}),
+    ("Search forms", r"BM_TextSearchForms(.*)", {}),
+    # time
+    ("Format date", r"Format_Tessera(.*)", {"POCO": r"Format_Poco\1", "strftime": r"Format_strftime\1"}),
+    ("Parse date", r"Parse_Tessera(.*)", {"POCO": r"Parse_Poco\1", "strptime": r"Parse_strptime\1"}),
+    # internet
+    ("Base64 encode", r"BM_Base64Encode(.*)", {"POCO": r"BM_PocoBase64Encoder\1"}),
+    ("Base64 decode", r"BM_Base64Decode(.*)", {"POCO": r"BM_PocoBase64Decoder\1"}),
+    ("Media type parse", r"BM_MimeParseMediaType(.*)", {"POCO": r"BM_PocoMediaType\1"}),
+    ("Quoted-printable decode", r"BM_MimeQuotedPrintableDecode(.*)",
+     {"POCO": r"BM_PocoQuotedPrintableDecoder\1"}),
+    ("Properties set", r"BM_PropertiesSet(.*)", {"std::map": r"BM_StdMapSet\1"}),
+    ("Properties get", r"BM_PropertiesGet(.*)", {"std::map": r"BM_StdMapGet\1"}),
+    ("URI parse + format", r"BM_UriParseFormat(.*)",
+     {"uriparser": r"BM_UriparserParseFormat\1", "POCO": r"BM_PocoUriParseFormat\1"}),
+    ("Percent encode", r"BM_UriPercentEncode(.*)", {"uriparser": r"BM_UriparserEscape\1"}),
+    ("Percent decode", r"BM_UriPercentDecode(.*)", {"uriparser": r"BM_UriparserUnescape\1"}),
+    # events
+    ("Queue post + pull, one thread", r"BM_PostPull_OneThread<Tessera_>(.*)",
+     {"POCO": r"BM_PostPull_OneThread<Poco_>\1", "mutex + deque": r"BM_PostPull_OneThread<Plain_>\1"}),
+    ("Queue post + pull, two threads", r"BM_PostPull_TwoThreads<Tessera_>(.*)",
+     {"POCO": r"BM_PostPull_TwoThreads<Poco_>\1", "mutex + deque": r"BM_PostPull_TwoThreads<Plain_>\1"}),
+    ("Make an event", r"BM_MakeEvent_Pool(.*)", {"boost::make_shared": r"BM_MakeEvent_BoostMakeShared\1"}),
+    ("Window-message dispatch", r"BM_Win32EventDispatch_TwoPosters(.*)", {}),
+    # timers
+    ("Timer start + stop", r"StartStop_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(.*)",
+     {"timerfd": r"StartStop_BareTimerfd\2", "Asio": r"StartStop_AsioSteadyTimer\2"}),
+    ("Timer lateness", r"Lateness_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(.*)",
+     {"timerfd": r"Lateness_BareTimerfd\2", "Asio": r"Lateness_AsioSteadyTimer\2"}),
+    ("A thousand multimedia timers", r"WinMMTimer_Thousand(.*)", {}),
+    # numerics
+    ("Mersenne Twister", r"BM_Mt19937Words(.*)", {"std::mt19937": r"BM_StdMt19937Words\1"}),
+    ("White noise", r"BM_Int16WhiteNoise(.*)", {}),
+    ("Fixed multiply + divide", r"BM_FixedMultiplyDivide(.*)", {"double": r"BM_DoubleMultiplyDivide\1"}),
+    ("Fixed square root", r"BM_FixedSqrt(.*)", {"double": r"BM_DoubleSqrt\1"}),
+]
+
+RATE_KEYS = ("bytes_per_second", "items_per_second")
+UNIT_NS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+class Result:
+    """The medians of one benchmark's repetitions."""
+
+    def __init__(self, name, subsystem, runs):
+        self.name = name
+        self.subsystem = subsystem
+        self.error = next((r.get("error_message", "error") for r in runs if r.get("error_occurred")), None)
+        runs = [r for r in runs if not r.get("error_occurred")]
+        self.repetitions = len(runs)
+        key = "real_time" if "/real_time" in name else "cpu_time"
+        times = [r[key] * UNIT_NS.get(r.get("time_unit", "ns"), 1.0) for r in runs if key in r]
+        self.time_ns = statistics.median(times) if times else None
+        self.spread = (statistics.pstdev(times) / statistics.mean(times)
+                       if len(times) > 1 and statistics.mean(times) > 0 else None)
+        self.rate_kind = next((k for k in RATE_KEYS if runs and all(k in r for r in runs)), None)
+        self.rate = statistics.median(r[self.rate_kind] for r in runs) if self.rate_kind else None
+        standard = {"name", "run_name", "run_type", "repetitions", "repetition_index", "threads",
+                    "iterations", "real_time", "cpu_time", "time_unit", "family_index",
+                    "per_family_instance_index", "aggregate_name", "aggregate_unit", "label",
+                    "error_occurred", "error_message", *RATE_KEYS}
+        self.counters = OrderedDict()
+        for run in runs:
+            for k, v in run.items():
+                if k not in standard and isinstance(v, (int, float)):
+                    self.counters.setdefault(k, []).append(v)
+        self.counters = OrderedDict((k, statistics.median(v)) for k, v in self.counters.items())
+
+    @property
+    def counter_only(self):
+        return bool(self.counters) and self.rate_kind is None
+
+
+def load(paths):
+    """Results by name in the order they first appear, and the first file's context."""
+    runs, subsystems, context = OrderedDict(), {}, None
+    for path in paths:
+        try:
+            with open(path, encoding="utf-8") as f:
+                data = json.load(f)
+        except (OSError, ValueError) as error:  # a program that crashed leaves half a file
+            print(f"bench_report: skipping {path}: {error}", file=sys.stderr)
+            continue
+        context = context or data.get("context", {})
+        exe = os.path.basename(data.get("context", {}).get("executable", "")) or os.path.basename(path)
+        subsystem = re.sub(r"^bench_", "", re.sub(r"[-.].*$", "", exe))
+        benchmarks = data.get("benchmarks", [])
+        iterations = [b for b in benchmarks if b.get("run_type", "iteration") == "iteration"]
+        if not iterations:  # only aggregates were written: their medians stand for the runs
+            iterations = [b for b in benchmarks if b.get("aggregate_name") == "median"]
+        for b in iterations:
+            name = b.get("run_name", b["name"]) if b.get("run_type") == "aggregate" else b["name"]
+            runs.setdefault(name, []).append(b)
+            subsystems.setdefault(name, subsystem)
+    results = OrderedDict((n, Result(n, subsystems[n], r)) for n, r in runs.items())
+    return results, context or {}
+
+
+def pair(results):
+    """Rows of (Tessera result, family label, [(peer label, peer result or None)]), the names
+    that are someone's peer, and the results no entry knows."""
+    rows, peer_names = [], set()
+    for label, case, peers in PAIRS:
+        for name, result in results.items():
+            match = re.fullmatch(case, name)
+            if match:
+                expanded = [(peer, match.expand(template)) for peer, template in peers.items()]
+                peer_names.update(n for _, n in expanded)
+                rows.append((result, label, [(peer, results.get(n)) for peer, n in expanded]))
+    known = {row[0].name for row in rows} | peer_names
+    unknown = [r for n, r in results.items() if n not in known]
+    return rows, peer_names, unknown
+
+
+def ratio(tessera, peer):
+    if peer is None or peer.error or tessera.error:
+        return None
+    if tessera.rate_kind and tessera.rate_kind == peer.rate_kind and peer.rate:
+        return tessera.rate / peer.rate
+    if tessera.time_ns and peer.time_ns:
+        return peer.time_ns / tessera.time_ns
+    return None
+
+
+def subsystem_key(subsystem):
+    return (SUBSYSTEM_ORDER.index(subsystem) if subsystem in SUBSYSTEM_ORDER else len(SUBSYSTEM_ORDER),
+            subsystem)
+
+
+def pretty_suffix(name, case_regex=None):
+    """The arguments of a benchmark name, with sizes in KiB/MiB: "/page:0/size:4096" reads
+    "page 0, size 4 KiB"."""
+    suffix = name.split("/", 1)[1] if "/" in name else ""
+    parts = []
+    for part in suffix.split("/"):
+        if not part or part == "real_time":
+            continue
+        key, _, value = part.rpartition(":")
+        if value.isdigit() and int(value) >= 1024 and int(value) & (int(value) - 1) == 0:
+            v = int(value)
+            value = f"{v >> 20} MiB" if v >= 1 << 20 else f"{v >> 10} KiB"
+        parts.append(f"{key} {value}" if key else value)
+    return ", ".join(parts)
+
+
+def fmt_time(ns):
+    for unit, scale in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
+        if ns >= scale:
+            return f"{ns / scale:.3g} {unit}"
+    return f"{ns:.3g} ns"
+
+
+def fmt_measure(result):
+    if result.error:
+        return f"error: {result.error}"
+    if result.rate_kind == "bytes_per_second":
+        value = result.rate
+        for unit, scale in (("GiB/s", 1 << 30), ("MiB/s", 1 << 20), ("KiB/s", 1 << 10)):
+            if value >= scale:
+                return f"{value / scale:.3g} {unit}"
+        return f"{value:.3g} B/s"
+    if result.rate_kind == "items_per_second":
+        value = result.rate
+        for unit, scale in (("G", 1e9), ("M", 1e6), ("k", 1e3)):
+            if value >= scale:
+                return f"{value / scale:.3g} {unit} items/s"
+        return f"{value:.3g} items/s"
+    if result.time_ns is not None:
+        return f"{fmt_time(result.time_ns)}/call"
+    return "—"
+
+
+def fmt_ratio(r):
+    if r is None:
+        return "—"
+    text = f"{r:.2f}×" if r < 10 else f"{r:.1f}×"
+    return f"**{text}**" if r >= 1 else text
+
+
+def fmt_spread(result):
+    return f" ±{result.spread * 100:.0f}%" if result.spread is not None and result.spread >= 0.005 else ""
+
+
+def header(meta, context, quick):
+    lines = ["# Tessera benchmarks", ""]
+    if quick:
+        lines += ["> **Quick run** (few repetitions, short minimum time) on a machine that may be busy:",
+                  "> the numbers are noisy and only show that the report works.", ""]
+    cpu = meta.get("cpu") or "unknown CPU"
+    cores = meta.get("cores") or context.get("num_cpus", "?")
+    mhz = context.get("mhz_per_cpu")
+    facts = [
+        ("Machine", f"{cpu}, {cores} cores" + (f", {mhz} MHz" if mhz else "")
+         + (f" ({meta['kernel']})" if meta.get("kernel") else "")),
+        ("Load average", f"{meta['load_before']} before, {meta['load_after']} after"
+         if meta.get("load_before") else " / ".join(f"{x:.2f}" for x in context.get("load_avg", [])) or "?"),
+        ("Date", meta.get("date") or context.get("date", "?")),
+        ("Commit", meta.get("commit", "?")),
+        ("Compiler", meta.get("compiler", "?") + (f", {meta['build_type']}" if meta.get("build_type") else "")),
+        ("Google Benchmark", meta.get("benchmark_version", "?")
+         + (f" ({context['library_build_type']} build)" if context.get("library_build_type") else "")),
+        ("Repetitions", f"{meta.get('repetitions', '?')} interleaved at random, minimum time "
+                        f"{meta.get('min_time', '?')} s each" + (f", filter `{meta['filter']}`" if meta.get("filter") else "")),
+    ]
+    if context.get("cpu_scaling_enabled"):
+        facts.append(("Note", "CPU frequency scaling was on"))
+    if meta.get("seconds"):
+        facts.append(("Run time", f"{int(meta['seconds']) // 60} min {int(meta['seconds']) % 60} s"))
+    lines += ["| | |", "|---|---|"] + [f"| {k} | {v} |" for k, v in facts] + [""]
+    lines += ["Each ratio is the peer's time over Tessera's for the same work (the medians of the "
+              "repetitions): **above 1 Tessera is faster**. Tessera's column gives its throughput "
+              "where the benchmark counts bytes or items, else its time per call; ±n% is the spread "
+              "of its repetitions. A peer that did not run shows —.", "",
+              "![Ratios](report.png)", ""]
+    return lines
+
+
+def main_table(rows, unknown):
+    lines = ["## Tessera beside its peers", "",
+             "| Subsystem | Case | Tessera | Ratio to each peer |", "|---|---|---|---|"]
+    entries = [(r.subsystem, label, r, peers) for r, label, peers in rows if not r.counter_only]
+    entries += [(r.subsystem, None, r, []) for r in unknown if not r.counter_only]
+    entries.sort(key=lambda e: subsystem_key(e[0]))  # stable: keeps each family's own order
+    last = None
+    for subsystem, label, result, peers in entries:
+        shown = f"**{subsystem}**" if subsystem != last else ""
+        last = subsystem
+        if label is None:
+            case = f"`{result.name}` (unpaired)"
+        else:
+            args = pretty_suffix(result.name)
+            case = f"{label}" + (f" · {args}" if args else "")
+        ratios = " · ".join(f"{peer} {fmt_ratio(ratio(result, p))}" for peer, p in peers) or "—"
+        lines.append(f"| {shown} | {case} | {fmt_measure(result)}{fmt_spread(result)} | {ratios} |")
+    return lines + [""]
+
+
+def counter_table(results, rows, peer_names):
+    tessera = {r.name: label for r, label, _ in rows}
+    shown = [r for r in results.values() if r.counters and (r.counter_only or r.name in tessera)]
+    if not shown:
+        return []
+    columns = []
+    for r in shown:
+        columns += [c for c in r.counters if c not in columns]
+    lines = ["## Counters", "",
+             "Benchmarks that measure something other than speed (timer lateness in µs: median and "
+             "99th percentile of the firings), as medians of the repetitions.", "",
+             "| Subsystem | Benchmark | " + " | ".join(columns) + " |",
+             "|---|---|" + "---:|" * len(columns)]
+    shown.sort(key=lambda r: subsystem_key(r.subsystem))
+    for r in shown:
+        who = "" if r.name in tessera else " (peer)" if r.name in peer_names else " (unpaired)"
+        cells = [f"{r.counters[c]:.4g}" if c in r.counters else "" for c in columns]
+        if r.error:
+            cells = [f"error: {r.error}"] + [""] * (len(columns) - 1)
+        lines.append(f"| {r.subsystem} | `{r.name}`{who} | " + " | ".join(cells) + " |")
+    return lines + [""]
+
+
+def chart(rows, path, title):
+    """One bar per family and peer: the geometric mean of the family's ratios, with each case
+    as a dot."""
+    import matplotlib
+    matplotlib.use("Agg")
+    import matplotlib.pyplot as plt
+
+    bars = OrderedDict()
+    for result, label, peers in rows:
+        for peer, p in peers:
+            r = ratio(result, p)
+            if r is not None and r > 0:
+                bars.setdefault((result.subsystem, label, peer), []).append(r)
+    if not bars:
+        return False
+    keys = sorted(bars, key=lambda k: subsystem_key(k[0]))
+    subsystems = list(OrderedDict.fromkeys(k[0] for k in keys))
+    colors = plt.get_cmap("tab10")
+    color = {s: colors(i % 10) for i, s in enumerate(subsystems)}
+
+    ys, y, previous = [], 0.0, None
+    for k in keys:
+        if previous is not None and k[0] != previous:
+            y += 0.8  # a gap between subsystems
+        ys.append(y)
+        y += 1.0
+        previous = k[0]
+    values = [math.exp(sum(map(math.log, bars[k])) / len(bars[k])) for k in keys]
+    everything = [v for k in keys for v in bars[k]]
+    low, high = min(everything + [1.0]), max(everything + [1.0])
+    logscale = high / low > 8
+
+    fig, ax = plt.subplots(figsize=(10, 1.6 + 0.3 * len(ys)))
+    base = 1.0 if logscale else 0.0
+    ax.barh(ys, [v - base for v in values], left=base, height=0.7,
+            color=[color[k[0]] for k in keys], alpha=0.85)
+    for yy, k in zip(ys, keys):
+        if len(bars[k]) > 1:
+            ax.scatter(bars[k], [yy] * len(bars[k]), s=10, color="black", zorder=3, linewidths=0)
+    for yy, v in zip(ys, values):
+        ax.annotate(f"{v:.2g}×", (max(v, max(bars[keys[ys.index(yy)]])), yy), xytext=(4, 0),
+                    textcoords="offset points", va="center", fontsize=8)
+    ax.axvline(1.0, color="black", linewidth=1)
+    if logscale:
+        ax.set_xscale("log")
+        ax.set_xlim(low / 1.5, high * 2.5)
+    else:
+        ax.set_xlim(0, high * 1.2)
+    ax.set_yticks(ys)
+    ax.set_yticklabels([f"{k[1]} vs {k[2]}" for k in keys], fontsize=8)
+    ax.invert_yaxis()
+    ax.set_xlabel("peer time ÷ Tessera time (above 1: Tessera faster); bar: geometric mean, dots: each case")
+    ax.grid(axis="x", which="both", alpha=0.3)
+    handles = [plt.Rectangle((0, 0), 1, 1, color=color[s]) for s in subsystems]
+    ax.legend(handles, subsystems, loc="lower right", fontsize=8, framealpha=0.9)
+    ax.set_title(title, fontsize=10)
+    fig.tight_layout()
+    fig.savefig(path, dpi=110)
+    plt.close(fig)
+    return True
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
+    parser.add_argument("results", nargs="+", help="Google Benchmark JSON files")
+    parser.add_argument("--meta", help="machine.json written by scripts/bench.sh")
+    parser.add_argument("--out", default="bench", help="folder for REPORT.md and report.png")
+    args = parser.parse_args()
+
+    meta = {}
+    if args.meta and os.path.exists(args.meta):
+        with open(args.meta, encoding="utf-8") as f:
+            meta = json.load(f)
+    present = [p for p in args.results if os.path.exists(p) and os.path.getsize(p) > 0]
+    for p in set(args.results) - set(present):
+        print(f"bench_report: skipping missing or empty {p}", file=sys.stderr)
+    if not present:
+        sys.exit("bench_report: no results to report")
+    results, context = load(present)
+    rows, peer_names, unknown = pair(results)
+    quick = meta.get("mode") == "quick"
+
+    os.makedirs(args.out, exist_ok=True)
+    title = f"Tessera beside its peers — {meta.get('cpu', context.get('host_name', ''))}, " \
+            f"{meta.get('date', context.get('date', ''))[:10]}" + (" (quick run, noisy)" if quick else "")
+    has_chart = chart(rows, os.path.join(args.out, "report.png"), title)
+    lines = header(meta, context, quick)
+    if not has_chart:
+        lines = [l for l in lines if not l.startswith("![")]
+    lines += main_table(rows, unknown) + counter_table(results, rows, peer_names)
+    with open(os.path.join(args.out, "REPORT.md"), "w", encoding="utf-8") as f:
+        f.write("\n".join(lines))
+    print(f"bench_report: {len(rows)} Tessera cases, {len(unknown)} unpaired -> "
+          f"{os.path.join(args.out, 'REPORT.md')}")
+
+
+if __name__ == "__main__":
+    main()
