@@ -3,7 +3,7 @@
 # repetitions, and writes REPORT.md and report.png with Tessera beside its peers.
 #   scripts/bench.sh [--quick] [--filter REGEX] [--out DIR]
 #     --quick         3 repetitions of 0.05 s instead of 5 of 0.5 s: a smoke run
-#     --filter REGEX  only the benchmarks whose name matches (Google Benchmark's syntax)
+#     --filter REGEX  only the benchmarks whose name matches, and their peers
 #     --out DIR       where REPORT.md and report.png go (default bench/)
 # The raw JSON stays in build/bench/results/; scripts/bench_report.py remakes the report
 # from it without running anything:
@@ -66,7 +66,9 @@ run_names() {
 
 for program in "${programs[@]}"; do
   name=$(basename "$program")
-  listed=$("$program" --benchmark_list_tests=true --benchmark_filter="${filter:-.}" || true)
+  listed=$("$program" --benchmark_list_tests=true || true)
+  # A filtered case keeps its peers, or its ratios would be blank.
+  [ -z "$filter" ] || listed=$(python3 scripts/bench_report.py --select="$filter" <<<"$listed")
   [ -n "$listed" ] || continue
   grep -E "$solo" <<<"$listed" | run_names "$program" "$results/$name-solo.json" || true
   grep -vE "$solo" <<<"$listed" | run_names "$program" "$results/$name-all.json" || true
@@ -75,13 +77,16 @@ load_after=$(load)
 
 cpu=$(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -1)
 [ -n "$cpu" ] || cpu=$(lscpu 2>/dev/null | sed -n 's/^Model name: *//p' | head -1)
-compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/bench/CMakeCache.txt)
+cache() { sed -n "s/^$1:[A-Z]*=//p" build/bench/CMakeCache.txt; }
+compiler_info=$(ls build/bench/CMakeFiles/*/CMakeCXXCompiler.cmake | tail -1)
+compiler_id() { sed -n "s/^set(CMAKE_CXX_COMPILER_$1 \"\(.*\)\")/\1/p" "$compiler_info"; }
+build_type=$(cache CMAKE_BUILD_TYPE)
 export MODE=$mode REPETITIONS=$repetitions MIN_TIME=$min_time FILTER=$filter CPU=$cpu \
   CORES=$(nproc) KERNEL="Linux $(uname -r)" LOAD_BEFORE=$load_before LOAD_AFTER=$load_after \
   DATE=$(date -u '+%Y-%m-%d %H:%M UTC') \
   COMMIT="$(git describe --always --dirty 2>/dev/null || echo unknown) ($(git rev-parse --abbrev-ref HEAD 2>/dev/null || echo '?'))" \
-  COMPILER=$("${compiler:-c++}" --version | head -1) \
-  BUILD_TYPE=$(sed -n 's/^CMAKE_BUILD_TYPE:[A-Z]*=//p' build/bench/CMakeCache.txt) \
+  COMPILER="$(compiler_id ID) $(compiler_id VERSION) ($(realpath "$(cache CMAKE_CXX_COMPILER)"))" \
+  BUILD_TYPE="$build_type $(cache "CMAKE_CXX_FLAGS_${build_type^^}")" \
   BENCHMARK_VERSION=$(dpkg-query -W -f='${Version}' libbenchmark-dev 2>/dev/null || echo '?') \
   SECONDS_TAKEN=$(($(date +%s) - started))
 python3 - "$results/machine.json" <<'EOF'

@@ -27,62 +27,60 @@ SUBSYSTEM_ORDER = ["memory", "text", "time", "internet", "events", "timers", "nu
 # covers every size and argument of a family.
 PAIRS = [
     # memory
-    ("Bit reader, mixed widths", r"BM_BitReaderReadBitsMixed(.*)",
+    ("Bit reader, mixed widths", r"BM_BitReaderReadBitsMixed(/.*)?",
      {"64-bit window reader": r"BM_WindowReadBitsMixed\1"}),
-    ("Bit reader, aligned blocks", r"BM_BitReaderReadDataAligned(.*)",
-     {"memcpy": r"BM_MemcpyAligned\1"}),
-    ("Bit reader, unaligned blocks", r"BM_BitReaderReadDataUnaligned(.*)",
-     {"memcpy (aligned 4 KiB)": r"BM_MemcpyAligned/4096"}),
-    ("Buffer pool, bursts of 64", r"BM_BufferPool_(\w+)(.*)",
+    ("Bit reader, aligned blocks", r"BM_BitReaderReadDataAligned(/.*)?", {"memcpy": r"BM_MemcpyAligned\1"}),
+    ("Bit reader, unaligned blocks", r"BM_BitReaderReadDataUnaligned(/.*)?", {}),
+    (r"Buffer pool, bursts of 64, \1", r"BM_BufferPool_(NoThreadStarted|ThreadedProcess)(/.*)?",
      {"malloc/free": r"BM_Malloc_\1\2"}),
     # text
-    ("Code page widen", r"BM_TextWidenCodePage(.*)", {"ICU": r"BM_IcuToUChars\1"}),
-    ("Code page narrow", r"BM_TextNarrowCodePage(.*)", {"ICU": r"BM_IcuFromUChars\1"}),
-    ("UTF-8 widen", r"BM_TextWidenUtf8(.*)", {"ICU": r"BM_IcuStrFromUtf8\1"}),
-    ("UTF-8 narrow", r"BM_TextNarrowUtf8(.*)", {"ICU": r"BM_IcuStrToUtf8\1"}),
-    ("Parse int", r"BM_TextNumericInt(.*)", {"from_chars": r"BM_FromCharsInt\1"}),
-    ("Parse double", r"BM_TextNumericDouble(.*)", {"from_chars": r"BM_FromCharsDouble\1"}),
-    ("Format int", r"BM_TextFormatNumberInt(.*)",
+    ("Code page widen", r"BM_TextWidenCodePage(/.*)?", {"ICU": r"BM_IcuToUChars\1"}),
+    ("Code page narrow", r"BM_TextNarrowCodePage(/.*)?", {"ICU": r"BM_IcuFromUChars\1"}),
+    ("UTF-8 widen", r"BM_TextWidenUtf8(/.*)?", {"ICU": r"BM_IcuStrFromUtf8\1"}),
+    ("UTF-8 narrow", r"BM_TextNarrowUtf8(/.*)?", {"ICU": r"BM_IcuStrToUtf8\1"}),
+    ("Parse int", r"BM_TextNumericInt(/.*)?", {"from_chars": r"BM_FromCharsInt\1"}),
+    ("Parse double", r"BM_TextNumericDouble(/.*)?", {"from_chars": r"BM_FromCharsDouble\1"}),
+    ("Format int", r"BM_TextFormatNumberInt(/.*)?",
      {"to_chars": r"BM_ToCharsInt\1", "ostringstream": r"BM_OstringstreamInt\1",
       "reused stream": r"BM_ReusedStreamInt\1"}),
-    ("Format double", r"BM_TextFormatNumberDouble(.*)",
+    ("Format double", r"BM_TextFormatNumberDouble(/.*)?",
      {"to_chars %g": r"BM_ToCharsDoubleGeneral6\1", "to_chars shortest": r"BM_ToCharsDoubleShortest\1",
       "ostringstream": r"BM_OstringstreamDouble\1", "reused stream": r"BM_ReusedStreamDouble\1"}),
-    ("Find", r"BM_TextFind(.*)", {"string_view::find": r"BM_StringViewFind\1", "memmem": r"BM_Memmem\1"}),
-    ("Search forms", r"BM_TextSearchForms(.*)", {}),
+    ("Find", r"BM_TextFind(/.*)?", {"string_view::find": r"BM_StringViewFind\1", "memmem": r"BM_Memmem\1"}),
+    ("Search forms", r"BM_TextSearchForms(/.*)?", {}),
     # time
-    ("Format date", r"Format_Tessera(.*)", {"POCO": r"Format_Poco\1", "strftime": r"Format_strftime\1"}),
-    ("Parse date", r"Parse_Tessera(.*)", {"POCO": r"Parse_Poco\1", "strptime": r"Parse_strptime\1"}),
+    ("Format date", r"Format_Tessera(/.*)?", {"POCO": r"Format_Poco\1", "strftime": r"Format_strftime\1"}),
+    ("Parse date", r"Parse_Tessera(/.*)?", {"POCO": r"Parse_Poco\1", "strptime": r"Parse_strptime\1"}),
     # internet
-    ("Base64 encode", r"BM_Base64Encode(.*)", {"POCO": r"BM_PocoBase64Encoder\1"}),
-    ("Base64 decode", r"BM_Base64Decode(.*)", {"POCO": r"BM_PocoBase64Decoder\1"}),
-    ("Media type parse", r"BM_MimeParseMediaType(.*)", {"POCO": r"BM_PocoMediaType\1"}),
-    ("Quoted-printable decode", r"BM_MimeQuotedPrintableDecode(.*)",
+    ("Base64 encode", r"BM_Base64Encode(/.*)?", {"POCO": r"BM_PocoBase64Encoder\1"}),
+    ("Base64 decode", r"BM_Base64Decode(/.*)?", {"POCO": r"BM_PocoBase64Decoder\1"}),
+    ("Media type parse", r"BM_MimeParseMediaType(/.*)?", {"POCO": r"BM_PocoMediaType\1"}),
+    ("Quoted-printable decode", r"BM_MimeQuotedPrintableDecode(/.*)?",
      {"POCO": r"BM_PocoQuotedPrintableDecoder\1"}),
-    ("Properties set", r"BM_PropertiesSet(.*)", {"std::map": r"BM_StdMapSet\1"}),
-    ("Properties get", r"BM_PropertiesGet(.*)", {"std::map": r"BM_StdMapGet\1"}),
-    ("URI parse + format", r"BM_UriParseFormat(.*)",
+    ("Properties set", r"BM_PropertiesSet(/.*)?", {"std::map": r"BM_StdMapSet\1"}),
+    ("Properties get", r"BM_PropertiesGet(/.*)?", {"std::map": r"BM_StdMapGet\1"}),
+    ("URI parse + format", r"BM_UriParseFormat(/.*)?",
      {"uriparser": r"BM_UriparserParseFormat\1", "POCO": r"BM_PocoUriParseFormat\1"}),
-    ("Percent encode", r"BM_UriPercentEncode(.*)", {"uriparser": r"BM_UriparserEscape\1"}),
-    ("Percent decode", r"BM_UriPercentDecode(.*)", {"uriparser": r"BM_UriparserUnescape\1"}),
+    ("Percent encode", r"BM_UriPercentEncode(/.*)?", {"uriparser": r"BM_UriparserEscape\1"}),
+    ("Percent decode", r"BM_UriPercentDecode(/.*)?", {"uriparser": r"BM_UriparserUnescape\1"}),
     # events
-    ("Queue post + pull, one thread", r"BM_PostPull_OneThread<Tessera_>(.*)",
+    ("Queue post + pull, one thread", r"BM_PostPull_OneThread<Tessera_>(/.*)?",
      {"POCO": r"BM_PostPull_OneThread<Poco_>\1", "mutex + deque": r"BM_PostPull_OneThread<Plain_>\1"}),
-    ("Queue post + pull, two threads", r"BM_PostPull_TwoThreads<Tessera_>(.*)",
+    ("Queue post + pull, two threads", r"BM_PostPull_TwoThreads<Tessera_>(/.*)?",
      {"POCO": r"BM_PostPull_TwoThreads<Poco_>\1", "mutex + deque": r"BM_PostPull_TwoThreads<Plain_>\1"}),
-    ("Make an event", r"BM_MakeEvent_Pool(.*)", {"boost::make_shared": r"BM_MakeEvent_BoostMakeShared\1"}),
-    ("Window-message dispatch", r"BM_Win32EventDispatch_TwoPosters(.*)", {}),
+    ("Make an event", r"BM_MakeEvent_Pool(/.*)?", {"boost::make_shared": r"BM_MakeEvent_BoostMakeShared\1"}),
+    ("Window-message dispatch", r"BM_Win32EventDispatch_TwoPosters(/.*)?", {}),
     # timers
-    ("Timer start + stop", r"StartStop_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(.*)",
+    (r"Start + stop, \1", r"StartStop_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(/.*)?",
      {"timerfd": r"StartStop_BareTimerfd\2", "Asio": r"StartStop_AsioSteadyTimer\2"}),
-    ("Timer lateness", r"Lateness_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(.*)",
+    (r"Lateness, \1", r"Lateness_(EventTimer|WinMMTimer|WinMMTimerOnDispatcher|WindowTimer)(/.*)?",
      {"timerfd": r"Lateness_BareTimerfd\2", "Asio": r"Lateness_AsioSteadyTimer\2"}),
-    ("A thousand multimedia timers", r"WinMMTimer_Thousand(.*)", {}),
+    ("A thousand multimedia timers", r"WinMMTimer_Thousand(/.*)?", {}),
     # numerics
-    ("Mersenne Twister", r"BM_Mt19937Words(.*)", {"std::mt19937": r"BM_StdMt19937Words\1"}),
-    ("White noise", r"BM_Int16WhiteNoise(.*)", {}),
-    ("Fixed multiply + divide", r"BM_FixedMultiplyDivide(.*)", {"double": r"BM_DoubleMultiplyDivide\1"}),
-    ("Fixed square root", r"BM_FixedSqrt(.*)", {"double": r"BM_DoubleSqrt\1"}),
+    ("Mersenne Twister", r"BM_Mt19937Words(/.*)?", {"std::mt19937": r"BM_StdMt19937Words\1"}),
+    ("White noise", r"BM_Int16WhiteNoise(/.*)?", {}),
+    ("Fixed multiply + divide", r"BM_FixedMultiplyDivide(/.*)?", {"double": r"BM_DoubleMultiplyDivide\1"}),
+    ("Fixed square root", r"BM_FixedSqrt(/.*)?", {"double": r"BM_DoubleSqrt\1"}),
 ]
 
 RATE_KEYS = ("bytes_per_second", "items_per_second")
@@ -146,20 +144,35 @@ def load(paths):
     return results, context or {}
 
 
+class Row:
+    """A Tessera case, the family it belongs to, and its peers (None where one did not run)."""
+
+    def __init__(self, result, label, order, peers):
+        self.result, self.label, self.order, self.peers = result, label, order, peers
+
+
+def natural(name):
+    return [int(t) if t.isdigit() else t for t in re.split(r"(\d+)", name)]
+
+
 def pair(results):
-    """Rows of (Tessera result, family label, [(peer label, peer result or None)]), the names
-    that are someone's peer, and the results no entry knows."""
-    rows, peer_names = [], set()
-    for label, case, peers in PAIRS:
+    """The rows in report order, the names that are some case's peer (with their label), and
+    the results no entry knows."""
+    rows, peer_labels = [], {}
+    for order, (label, case, peers) in enumerate(PAIRS):
         for name, result in results.items():
             match = re.fullmatch(case, name)
             if match:
                 expanded = [(peer, match.expand(template)) for peer, template in peers.items()]
-                peer_names.update(n for _, n in expanded)
-                rows.append((result, label, [(peer, results.get(n)) for peer, n in expanded]))
-    known = {row[0].name for row in rows} | peer_names
-    unknown = [r for n, r in results.items() if n not in known]
-    return rows, peer_names, unknown
+                for peer, n in expanded:
+                    peer_labels.setdefault(n, peer)
+                rows.append(Row(result, match.expand(label), order,
+                                [(peer, results.get(n)) for peer, n in expanded]))
+    rows.sort(key=lambda row: (subsystem_key(row.result.subsystem), row.order, natural(row.result.name)))
+    known = {row.result.name for row in rows} | set(peer_labels)
+    unknown = sorted((r for n, r in results.items() if n not in known),
+                     key=lambda r: (subsystem_key(r.subsystem), natural(r.name)))
+    return rows, peer_labels, unknown
 
 
 def ratio(tessera, peer):
@@ -183,7 +196,7 @@ def pretty_suffix(name, case_regex=None):
     suffix = name.split("/", 1)[1] if "/" in name else ""
     parts = []
     for part in suffix.split("/"):
-        if not part or part == "real_time":
+        if not part or part == "real_time" or part.startswith("iterations:"):
             continue
         key, _, value = part.rpartition(":")
         if value.isdigit() and int(value) >= 1024 and int(value) & (int(value) - 1) == 0:
@@ -193,28 +206,30 @@ def pretty_suffix(name, case_regex=None):
     return ", ".join(parts)
 
 
+def fmt_number(value):
+    """Three significant digits without an exponent."""
+    return f"{value:.0f}" if value >= 99.95 else f"{value:.1f}" if value >= 9.995 else f"{value:.2f}"
+
+
+def fmt_scaled(value, units):
+    for unit, scale in units:
+        if value >= scale * 0.9995:
+            return f"{fmt_number(value / scale)} {unit}"
+    return f"{fmt_number(value)} {units[-1][0] if units[-1][1] == 1 else ''}".rstrip()
+
+
 def fmt_time(ns):
-    for unit, scale in (("s", 1e9), ("ms", 1e6), ("µs", 1e3)):
-        if ns >= scale:
-            return f"{ns / scale:.3g} {unit}"
-    return f"{ns:.3g} ns"
+    return fmt_scaled(ns, (("s", 1e9), ("ms", 1e6), ("µs", 1e3), ("ns", 1)))
 
 
 def fmt_measure(result):
     if result.error:
         return f"error: {result.error}"
     if result.rate_kind == "bytes_per_second":
-        value = result.rate
-        for unit, scale in (("GiB/s", 1 << 30), ("MiB/s", 1 << 20), ("KiB/s", 1 << 10)):
-            if value >= scale:
-                return f"{value / scale:.3g} {unit}"
-        return f"{value:.3g} B/s"
+        return fmt_scaled(result.rate, (("GiB/s", 1 << 30), ("MiB/s", 1 << 20), ("KiB/s", 1 << 10), ("B/s", 1)))
     if result.rate_kind == "items_per_second":
-        value = result.rate
-        for unit, scale in (("G", 1e9), ("M", 1e6), ("k", 1e3)):
-            if value >= scale:
-                return f"{value / scale:.3g} {unit} items/s"
-        return f"{value:.3g} items/s"
+        return fmt_scaled(result.rate, (("G items/s", 1e9), ("M items/s", 1e6), ("k items/s", 1e3),
+                                        ("items/s", 1)))
     if result.time_ns is not None:
         return f"{fmt_time(result.time_ns)}/call"
     return "—"
@@ -242,8 +257,8 @@ def header(meta, context, quick):
     facts = [
         ("Machine", f"{cpu}, {cores} cores" + (f", {mhz} MHz" if mhz else "")
          + (f" ({meta['kernel']})" if meta.get("kernel") else "")),
-        ("Load average", f"{meta['load_before']} before, {meta['load_after']} after"
-         if meta.get("load_before") else " / ".join(f"{x:.2f}" for x in context.get("load_avg", [])) or "?"),
+        ("Load average (1, 5, 15 min)", f"{meta['load_before']} before, {meta['load_after']} after"
+         if meta.get("load_before") else ", ".join(f"{x:.2f}" for x in context.get("load_avg", [])) or "?"),
         ("Date", meta.get("date") or context.get("date", "?")),
         ("Commit", meta.get("commit", "?")),
         ("Compiler", meta.get("compiler", "?") + (f", {meta['build_type']}" if meta.get("build_type") else "")),
@@ -268,43 +283,59 @@ def header(meta, context, quick):
 def main_table(rows, unknown):
     lines = ["## Tessera beside its peers", "",
              "| Subsystem | Case | Tessera | Ratio to each peer |", "|---|---|---|---|"]
-    entries = [(r.subsystem, label, r, peers) for r, label, peers in rows if not r.counter_only]
-    entries += [(r.subsystem, None, r, []) for r in unknown if not r.counter_only]
-    entries.sort(key=lambda e: subsystem_key(e[0]))  # stable: keeps each family's own order
+    entries = [(row.result, row.label, row.peers) for row in rows if not row.result.counter_only]
+    entries += [(r, None, []) for r in unknown if not r.counter_only]
+    entries.sort(key=lambda e: subsystem_key(e[0].subsystem))  # stable: keeps the rows' order
     last = None
-    for subsystem, label, result, peers in entries:
-        shown = f"**{subsystem}**" if subsystem != last else ""
-        last = subsystem
+    for result, label, peers in entries:
+        shown = f"**{result.subsystem}**" if result.subsystem != last else ""
+        last = result.subsystem
         if label is None:
             case = f"`{result.name}` (unpaired)"
         else:
             args = pretty_suffix(result.name)
-            case = f"{label}" + (f" · {args}" if args else "")
+            case = label + (f" · {args}" if args else "")
         ratios = " · ".join(f"{peer} {fmt_ratio(ratio(result, p))}" for peer, p in peers) or "—"
         lines.append(f"| {shown} | {case} | {fmt_measure(result)}{fmt_spread(result)} | {ratios} |")
     return lines + [""]
 
 
-def counter_table(results, rows, peer_names):
-    tessera = {r.name: label for r, label, _ in rows}
-    shown = [r for r in results.values() if r.counters and (r.counter_only or r.name in tessera)]
+COUNTER_NAMES = {"median_us": "median µs", "p99_us": "p99 µs", "firings": "firings",
+                 "timer_thread_cpu_pct": "timer thread CPU %", "events_per_notice": "events per notice"}
+
+
+def counter_table(results, rows, peer_labels, unknown):
+    """Each Tessera case with counters, followed by those of its peers not shown yet."""
+    shown, seen = [], set()
+    for row in rows:
+        if row.result.counters:
+            shown.append((row.result, row.label + (f" · {pretty_suffix(row.result.name)}"
+                                                   if pretty_suffix(row.result.name) else "")))
+            for peer, p in row.peers:
+                if p is not None and p.counters and p.name not in seen:
+                    seen.add(p.name)
+                    shown.append((p, f"{peer} (peer)"))
+    shown += [(r, f"`{r.name}` (unpaired)") for r in unknown if r.counters]
     if not shown:
         return []
     columns = []
-    for r in shown:
+    for r, _ in shown:
         columns += [c for c in r.counters if c not in columns]
     lines = ["## Counters", "",
-             "Benchmarks that measure something other than speed (timer lateness in µs: median and "
-             "99th percentile of the firings), as medians of the repetitions.", "",
-             "| Subsystem | Benchmark | " + " | ".join(columns) + " |",
+             "What some benchmarks measure besides speed, as medians of the repetitions: the "
+             "lateness of a 10 ms periodic timer (firing time minus due time; median and 99th "
+             "percentile of its firings), the share of a CPU the timer thread takes, the events "
+             "handled per window message.", "",
+             "| Subsystem | Benchmark | " + " | ".join(COUNTER_NAMES.get(c, c) for c in columns) + " |",
              "|---|---|" + "---:|" * len(columns)]
-    shown.sort(key=lambda r: subsystem_key(r.subsystem))
-    for r in shown:
-        who = "" if r.name in tessera else " (peer)" if r.name in peer_names else " (unpaired)"
-        cells = [f"{r.counters[c]:.4g}" if c in r.counters else "" for c in columns]
+    last = None
+    for r, label in sorted(shown, key=lambda e: subsystem_key(e[0].subsystem)):
+        subsystem = f"**{r.subsystem}**" if r.subsystem != last else ""
+        last = r.subsystem
+        cells = [fmt_number(r.counters[c]) if c in r.counters else "" for c in columns]
         if r.error:
             cells = [f"error: {r.error}"] + [""] * (len(columns) - 1)
-        lines.append(f"| {r.subsystem} | `{r.name}`{who} | " + " | ".join(cells) + " |")
+        lines.append(f"| {subsystem} | {label} | " + " | ".join(cells) + " |")
     return lines + [""]
 
 
@@ -314,13 +345,14 @@ def chart(rows, path, title):
     import matplotlib
     matplotlib.use("Agg")
     import matplotlib.pyplot as plt
+    import matplotlib.ticker
 
     bars = OrderedDict()
-    for result, label, peers in rows:
-        for peer, p in peers:
-            r = ratio(result, p)
+    for row in rows:
+        for peer, p in row.peers:
+            r = ratio(row.result, p)
             if r is not None and r > 0:
-                bars.setdefault((result.subsystem, label, peer), []).append(r)
+                bars.setdefault((row.result.subsystem, row.label, peer), []).append(r)
     if not bars:
         return False
     keys = sorted(bars, key=lambda k: subsystem_key(k[0]))
@@ -347,13 +379,22 @@ def chart(rows, path, title):
     for yy, k in zip(ys, keys):
         if len(bars[k]) > 1:
             ax.scatter(bars[k], [yy] * len(bars[k]), s=10, color="black", zorder=3, linewidths=0)
-    for yy, v in zip(ys, values):
-        ax.annotate(f"{v:.2g}×", (max(v, max(bars[keys[ys.index(yy)]])), yy), xytext=(4, 0),
-                    textcoords="offset points", va="center", fontsize=8)
+    for yy, k, v in zip(ys, keys, values):
+        text = f"{v:.2g}×" if v < 10 else f"{v:.0f}×"
+        if v >= 1:
+            ax.annotate(text, (max(bars[k]), yy), xytext=(4, 0), textcoords="offset points",
+                        va="center", fontsize=8)
+        else:
+            ax.annotate(text, (min(bars[k]), yy), xytext=(-4, 0), textcoords="offset points",
+                        va="center", ha="right", fontsize=8)
     ax.axvline(1.0, color="black", linewidth=1)
     if logscale:
         ax.set_xscale("log")
-        ax.set_xlim(low / 1.5, high * 2.5)
+        ax.set_xlim(low / 2.5, high * 2.5)
+        ticks = [t * 10.0 ** e for e in range(-4, 5) for t in (1, 2, 5)]
+        ax.set_xticks([t for t in ticks if low / 2.5 <= t <= high * 2.5])
+        ax.xaxis.set_major_formatter(matplotlib.ticker.FuncFormatter(lambda x, _: f"{x:g}"))
+        ax.xaxis.set_minor_formatter(matplotlib.ticker.NullFormatter())
     else:
         ax.set_xlim(0, high * 1.2)
     ax.set_yticks(ys)
@@ -370,12 +411,48 @@ def chart(rows, path, title):
     return True
 
 
+def select(pattern, names):
+    """The names that match `pattern` (a leading "-" inverts it, as Google Benchmark's filter
+    does) and the peers of the Tessera cases among them, in the order given."""
+    negative = pattern.startswith("-")
+    regex = re.compile(pattern[1:] if negative else pattern)
+    chosen = {n for n in names if bool(regex.search(n)) != negative}
+    present = set(names)
+    for label, case, peers in PAIRS:
+        for name in list(chosen):
+            match = re.fullmatch(case, name)
+            if match:
+                chosen.update(n for n in (match.expand(t) for t in peers.values()) if n in present)
+    return [n for n in names if n in chosen]
+
+
+def ensure_matplotlib():
+    """Debian's python3-matplotlib lives with /usr/bin/python3, which another python3 first
+    on the PATH (pyenv, a venv) does not see: rerun under it, or go without the chart."""
+    try:
+        import matplotlib  # noqa: F401
+        return True
+    except ImportError:
+        system = "/usr/bin/python3"
+        if os.path.realpath(sys.executable) != os.path.realpath(system) and os.access(system, os.X_OK):
+            os.execv(system, [system, os.path.abspath(__file__)] + sys.argv[1:])
+        print("bench_report: no matplotlib (apt-get install python3-matplotlib): no chart", file=sys.stderr)
+        return False
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n\n")[0])
-    parser.add_argument("results", nargs="+", help="Google Benchmark JSON files")
+    parser.add_argument("results", nargs="*", help="Google Benchmark JSON files")
+    parser.add_argument("--select", metavar="REGEX",
+                        help="print the benchmark names read from stdin that match, with their peers")
     parser.add_argument("--meta", help="machine.json written by scripts/bench.sh")
     parser.add_argument("--out", default="bench", help="folder for REPORT.md and report.png")
     args = parser.parse_args()
+    if args.select is not None:
+        print("\n".join(select(args.select, sys.stdin.read().split())))
+        return
+    if not args.results:
+        parser.error("no results to report")
 
     meta = {}
     if args.meta and os.path.exists(args.meta):
@@ -387,17 +464,17 @@ def main():
     if not present:
         sys.exit("bench_report: no results to report")
     results, context = load(present)
-    rows, peer_names, unknown = pair(results)
+    rows, peer_labels, unknown = pair(results)
     quick = meta.get("mode") == "quick"
 
     os.makedirs(args.out, exist_ok=True)
     title = f"Tessera beside its peers — {meta.get('cpu', context.get('host_name', ''))}, " \
             f"{meta.get('date', context.get('date', ''))[:10]}" + (" (quick run, noisy)" if quick else "")
-    has_chart = chart(rows, os.path.join(args.out, "report.png"), title)
+    has_chart = ensure_matplotlib() and chart(rows, os.path.join(args.out, "report.png"), title)
     lines = header(meta, context, quick)
     if not has_chart:
         lines = [l for l in lines if not l.startswith("![")]
-    lines += main_table(rows, unknown) + counter_table(results, rows, peer_names)
+    lines += main_table(rows, unknown) + counter_table(results, rows, peer_labels, unknown)
     with open(os.path.join(args.out, "REPORT.md"), "w", encoding="utf-8") as f:
         f.write("\n".join(lines))
     print(f"bench_report: {len(rows)} Tessera cases, {len(unknown)} unpaired -> "
