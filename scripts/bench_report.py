@@ -176,7 +176,7 @@ def pair(results):
 
 
 def ratio(tessera, peer):
-    if peer is None or peer.error or tessera.error:
+    if peer is None or peer.error or tessera.error or tessera.counter_only or peer.counter_only:
         return None
     if tessera.rate_kind and tessera.rate_kind == peer.rate_kind and peer.rate:
         return tessera.rate / peer.rate
@@ -273,9 +273,12 @@ def header(meta, context, quick):
         facts.append(("Run time", f"{int(meta['seconds']) // 60} min {int(meta['seconds']) % 60} s"))
     lines += ["| | |", "|---|---|"] + [f"| {k} | {v} |" for k, v in facts] + [""]
     lines += ["Each ratio is the peer's time over Tessera's for the same work (the medians of the "
-              "repetitions): **above 1 Tessera is faster**. Tessera's column gives its throughput "
-              "where the benchmark counts bytes or items, else its time per call; ±n% is the spread "
-              "of its repetitions. A peer that did not run shows —.", "",
+              "repetitions): **above 1 Tessera is faster**. Times are CPU time, except for the "
+              "benchmarks that run threads, which measure wall time. Tessera's column gives its "
+              "throughput where the benchmark counts bytes or items, else its time per call; ±n% is "
+              "the spread of its repetitions (coefficient of variation). A peer that did not run "
+              "shows —. The chart gives one bar per family of cases and peer: the geometric mean "
+              "of the family's ratios, with a dot for each case.", "",
               "![Ratios](report.png)", ""]
     return lines
 
@@ -300,8 +303,9 @@ def main_table(rows, unknown):
     return lines + [""]
 
 
-COUNTER_NAMES = {"median_us": "median µs", "p99_us": "p99 µs", "firings": "firings",
-                 "timer_thread_cpu_pct": "timer thread CPU %", "events_per_notice": "events per notice"}
+COUNTER_NAMES = OrderedDict([("median_us", "median µs"), ("p99_us", "p99 µs"), ("firings", "firings"),
+                             ("timer_thread_cpu_pct", "timer thread CPU %"),
+                             ("events_per_notice", "events per notice")])
 
 
 def counter_table(results, rows, peer_labels, unknown):
@@ -318,7 +322,8 @@ def counter_table(results, rows, peer_labels, unknown):
     shown += [(r, f"`{r.name}` (unpaired)") for r in unknown if r.counters]
     if not shown:
         return []
-    columns = []
+    present = {c for r, _ in shown for c in r.counters}
+    columns = [c for c in COUNTER_NAMES if c in present]
     for r, _ in shown:
         columns += [c for c in r.counters if c not in columns]
     lines = ["## Counters", "",
@@ -372,7 +377,7 @@ def chart(rows, path, title):
     low, high = min(everything + [1.0]), max(everything + [1.0])
     logscale = high / low > 8
 
-    fig, ax = plt.subplots(figsize=(10, 1.6 + 0.3 * len(ys)))
+    fig, ax = plt.subplots(figsize=(10, 1.4 + 0.27 * (ys[-1] + 1)))
     base = 1.0 if logscale else 0.0
     ax.barh(ys, [v - base for v in values], left=base, height=0.7,
             color=[color[k[0]] for k in keys], alpha=0.85)
@@ -388,6 +393,7 @@ def chart(rows, path, title):
             ax.annotate(text, (min(bars[k]), yy), xytext=(-4, 0), textcoords="offset points",
                         va="center", ha="right", fontsize=8)
     ax.axvline(1.0, color="black", linewidth=1)
+    ax.tick_params(axis="x", which="both", top=True, labeltop=True)
     if logscale:
         ax.set_xscale("log")
         ax.set_xlim(low / 2.5, high * 2.5)
@@ -399,7 +405,7 @@ def chart(rows, path, title):
         ax.set_xlim(0, high * 1.2)
     ax.set_yticks(ys)
     ax.set_yticklabels([f"{k[1]} vs {k[2]}" for k in keys], fontsize=8)
-    ax.invert_yaxis()
+    ax.set_ylim(ys[-1] + 0.7, ys[0] - 0.7)
     ax.set_xlabel("peer time ÷ Tessera time (above 1: Tessera faster); bar: geometric mean, dots: each case")
     ax.grid(axis="x", which="both", alpha=0.3)
     handles = [plt.Rectangle((0, 0), 1, 1, color=color[s]) for s in subsystems]
