@@ -2,7 +2,7 @@
 # Builds the benchmarks (preset bench, Release), runs every program with interleaved
 # repetitions, and writes REPORT.md and report.png with Tessera beside its peers.
 #   scripts/bench.sh [--quick] [--filter REGEX] [--out DIR]
-#     --quick         3 repetitions of 0.05 s instead of 5 of 0.5 s: a smoke run
+#     --quick         3 repetitions of 0.05 s instead of 5 of 0.4 s: a smoke run
 #     --filter REGEX  only the benchmarks whose name matches, and their peers
 #     --out DIR       where REPORT.md and report.png go (default bench/)
 # The raw JSON stays in build/bench/results/; scripts/bench_report.py remakes the report
@@ -12,7 +12,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 started=$(date +%s)
 
-mode=full repetitions=5 min_time=0.5 filter="" out=bench
+mode=full repetitions=5 min_time=0.4 filter="" out=bench
 while [ $# -gt 0 ]; do
   case "$1" in
     --quick) mode=quick repetitions=3 min_time=0.05 ;;
@@ -78,17 +78,17 @@ load_after=$(load)
 cpu=$(sed -n 's/^model name[[:space:]]*: //p' /proc/cpuinfo | head -1)
 [ -n "$cpu" ] || cpu=$(lscpu 2>/dev/null | sed -n 's/^Model name: *//p' | head -1)
 cache() { sed -n "s/^$1:[A-Z]*=//p" build/bench/CMakeCache.txt; }
-compiler_info=$(ls build/bench/CMakeFiles/*/CMakeCXXCompiler.cmake | tail -1)
+compiler_info=$(find build/bench/CMakeFiles -name CMakeCXXCompiler.cmake | sort | tail -1)
 compiler_id() { sed -n "s/^set(CMAKE_CXX_COMPILER_$1 \"\(.*\)\")/\1/p" "$compiler_info"; }
 build_type=$(cache CMAKE_BUILD_TYPE)
-export MODE=$mode REPETITIONS=$repetitions MIN_TIME=$min_time FILTER=$filter CPU=$cpu \
-  CORES=$(nproc) KERNEL="Linux $(uname -r)" LOAD_BEFORE=$load_before LOAD_AFTER=$load_after \
-  DATE=$(date -u '+%Y-%m-%d %H:%M UTC') \
-  COMMIT="$(git describe --always --dirty 2>/dev/null || echo unknown) ($(git rev-parse --abbrev-ref HEAD 2>/dev/null || echo '?'))" \
-  COMPILER="$(compiler_id ID) $(compiler_id VERSION) ($(realpath "$(cache CMAKE_CXX_COMPILER)"))" \
-  BUILD_TYPE="$build_type $(cache "CMAKE_CXX_FLAGS_${build_type^^}")" \
-  BENCHMARK_VERSION=$(dpkg-query -W -f='${Version}' libbenchmark-dev 2>/dev/null || echo '?') \
-  SECONDS_TAKEN=$(($(date +%s) - started))
+MODE=$mode REPETITIONS=$repetitions MIN_TIME=$min_time FILTER=$filter CPU=$cpu CORES=$(nproc) \
+KERNEL="Linux $(uname -r)" LOAD_BEFORE=$load_before LOAD_AFTER=$load_after \
+DATE=$(date -u '+%Y-%m-%d %H:%M UTC') \
+COMMIT="$(git describe --always --dirty 2>/dev/null || echo unknown) ($(git rev-parse --abbrev-ref HEAD 2>/dev/null || echo '?'))" \
+COMPILER="$(compiler_id ID) $(compiler_id VERSION) ($(realpath "$(cache CMAKE_CXX_COMPILER)"))" \
+BUILD_TYPE="$build_type $(cache "CMAKE_CXX_FLAGS_${build_type^^}")" \
+BENCHMARK_VERSION=$(dpkg-query -W -f='${Version}' libbenchmark-dev 2>/dev/null || echo '?') \
+SECONDS_TAKEN=$(($(date +%s) - started)) \
 python3 - "$results/machine.json" <<'EOF'
 import json, os, sys
 keys = ["mode", "repetitions", "min_time", "filter", "cpu", "cores", "kernel", "load_before",

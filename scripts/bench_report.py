@@ -12,6 +12,7 @@ timer lateness ones) get a table of their own.
 """
 
 import argparse
+import importlib.util
 import json
 import math
 import os
@@ -95,7 +96,6 @@ class Result:
         self.subsystem = subsystem
         self.error = next((r.get("error_message", "error") for r in runs if r.get("error_occurred")), None)
         runs = [r for r in runs if not r.get("error_occurred")]
-        self.repetitions = len(runs)
         key = "real_time" if "/real_time" in name else "cpu_time"
         times = [r[key] * UNIT_NS.get(r.get("time_unit", "ns"), 1.0) for r in runs if key in r]
         self.time_ns = statistics.median(times) if times else None
@@ -190,7 +190,7 @@ def subsystem_key(subsystem):
             subsystem)
 
 
-def pretty_suffix(name, case_regex=None):
+def pretty_suffix(name):
     """The arguments of a benchmark name, with sizes in KiB/MiB: "/page:0/size:4096" reads
     "page 0, size 4 KiB"."""
     suffix = name.split("/", 1)[1] if "/" in name else ""
@@ -435,15 +435,13 @@ def select(pattern, names):
 def ensure_matplotlib():
     """Debian's python3-matplotlib lives with /usr/bin/python3, which another python3 first
     on the PATH (pyenv, a venv) does not see: rerun under it, or go without the chart."""
-    try:
-        import matplotlib  # noqa: F401
+    if importlib.util.find_spec("matplotlib"):
         return True
-    except ImportError:
-        system = "/usr/bin/python3"
-        if os.path.realpath(sys.executable) != os.path.realpath(system) and os.access(system, os.X_OK):
-            os.execv(system, [system, os.path.abspath(__file__)] + sys.argv[1:])
-        print("bench_report: no matplotlib (apt-get install python3-matplotlib): no chart", file=sys.stderr)
-        return False
+    system = "/usr/bin/python3"
+    if os.path.realpath(sys.executable) != os.path.realpath(system) and os.access(system, os.X_OK):
+        os.execv(system, [system, os.path.abspath(__file__)] + sys.argv[1:])
+    print("bench_report: no matplotlib (apt-get install python3-matplotlib): no chart", file=sys.stderr)
+    return False
 
 
 def main():
