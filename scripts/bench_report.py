@@ -129,7 +129,9 @@ def load(paths):
         except (OSError, ValueError) as error:  # a program that crashed leaves half a file
             print(f"bench_report: skipping {path}: {error}", file=sys.stderr)
             continue
-        context = context or data.get("context", {})
+        context = context or dict(data.get("context", {}))
+        context.setdefault("repetitions", max((b.get("repetitions", 0) for b in data.get("benchmarks", [])),
+                                              default=0) or "?")
         exe = os.path.basename(data.get("context", {}).get("executable", "")) or os.path.basename(path)
         subsystem = re.sub(r"^bench_", "", re.sub(r"[-.].*$", "", exe))
         benchmarks = data.get("benchmarks", [])
@@ -264,8 +266,9 @@ def header(meta, context, quick):
         ("Compiler", meta.get("compiler", "?") + (f", {meta['build_type']}" if meta.get("build_type") else "")),
         ("Google Benchmark", meta.get("benchmark_version", "?")
          + (f" ({context['library_build_type']} build)" if context.get("library_build_type") else "")),
-        ("Repetitions", f"{meta.get('repetitions', '?')} interleaved at random, minimum time "
-                        f"{meta.get('min_time', '?')} s each" + (f", filter `{meta['filter']}`" if meta.get("filter") else "")),
+        ("Repetitions", f"{meta.get('repetitions') or context.get('repetitions', '?')} interleaved at random"
+         + (f", minimum time {meta['min_time']} s each" if meta.get("min_time") else "")
+         + (f", filter `{meta['filter']}`" if meta.get("filter") else "")),
     ]
     if context.get("cpu_scaling_enabled"):
         facts.append(("Note", "CPU frequency scaling was on"))
@@ -457,6 +460,7 @@ def main():
         return
     if not args.results:
         parser.error("no results to report")
+    can_chart = ensure_matplotlib()  # may rerun this script under the system's python3
 
     meta = {}
     if args.meta and os.path.exists(args.meta):
@@ -474,7 +478,7 @@ def main():
     os.makedirs(args.out, exist_ok=True)
     title = f"Tessera beside its peers — {meta.get('cpu', context.get('host_name', ''))}, " \
             f"{meta.get('date', context.get('date', ''))[:10]}" + (" (quick run, noisy)" if quick else "")
-    has_chart = ensure_matplotlib() and chart(rows, os.path.join(args.out, "report.png"), title)
+    has_chart = can_chart and chart(rows, os.path.join(args.out, "report.png"), title)
     lines = header(meta, context, quick)
     if not has_chart:
         lines = [l for l in lines if not l.startswith("![")]
