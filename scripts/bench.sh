@@ -57,11 +57,12 @@ run_names() {
   names=$(sed 's/[][\.|$(){}?+*^]/\\&/g' | paste -sd'|')
   [ -n "$names" ] || return 0
   echo "== $(basename "$program") -> $json"
-  "$program" --benchmark_filter="^($names)\$" \
-             --benchmark_repetitions="$repetitions" --benchmark_enable_random_interleaving=true \
-             --benchmark_min_time="$min_time" \
-             --benchmark_format=console --benchmark_out_format=json --benchmark_out="$json" \
-    | grep -vE '_(mean|stddev|cv|median) ' || true
+  { "$program" --benchmark_filter="^($names)\$" \
+               --benchmark_repetitions="$repetitions" --benchmark_enable_random_interleaving=true \
+               --benchmark_min_time="$min_time" \
+               --benchmark_format=console --benchmark_out_format=json --benchmark_out="$json" ||
+      echo "bench.sh: $(basename "$program") failed; the report lists what it wrote" >&2
+  } | grep -vE '_(mean|stddev|cv|median) ' || true
 }
 
 for program in "${programs[@]}"; do
