@@ -32,8 +32,10 @@ PAIRS = [
      {"64-bit window reader": r"BM_WindowReadBitsMixed\1"}),
     ("Bit reader, aligned blocks", r"BM_BitReaderReadDataAligned(/.*)?", {"memcpy": r"BM_MemcpyAligned\1"}),
     ("Bit reader, unaligned blocks", r"BM_BitReaderReadDataUnaligned(/.*)?", {}),
-    (r"Buffer pool, bursts of 64, \1", r"BM_BufferPool_(NoThreadStarted|ThreadedProcess)(/.*)?",
-     {"malloc/free": r"BM_Malloc_\1\2"}),
+    ("Buffer pool, no thread started", r"BM_BufferPool_NoThreadStarted(/.*)?",
+     {"malloc/free": r"BM_Malloc_NoThreadStarted\1"}),
+    ("Buffer pool, threaded process", r"BM_BufferPool_ThreadedProcess(/.*)?",
+     {"malloc/free": r"BM_Malloc_ThreadedProcess\1"}),
     # text
     ("Code page widen", r"BM_TextWidenCodePage(/.*)?", {"ICU": r"BM_IcuToUChars\1"}),
     ("Code page narrow", r"BM_TextNarrowCodePage(/.*)?", {"ICU": r"BM_IcuFromUChars\1"}),
@@ -82,6 +84,29 @@ PAIRS = [
     ("White noise", r"BM_Int16WhiteNoise(/.*)?", {}),
     ("Fixed multiply + divide", r"BM_FixedMultiplyDivide(/.*)?", {"double": r"BM_DoubleMultiplyDivide\1"}),
     ("Fixed square root", r"BM_FixedSqrt(/.*)?", {"double": r"BM_DoubleSqrt\1"}),
+]
+
+# What the arguments of some families stand for, in the report's words; anything else is
+# shown as it stands, with sizes in KiB and MiB.
+ARGUMENTS = [
+    (r"BM_TextWidenCodePage|BM_TextNarrowCodePage",
+     {"page:0": "1252", "page:1": "65001 ASCII", "page:2": "65001 mixed scripts"}),
+    (r"BM_TextWidenUtf8|BM_TextNarrowUtf8", {"mixed:0": "ASCII", "mixed:1": "mixed scripts"}),
+    (r"BM_TextNumericInt|BM_TextFormatNumberInt", {"values:0": "varied lengths", "values:1": "whole range"}),
+    (r"BM_TextNumericDouble|BM_TextFormatNumberDouble",
+     {"values:0": "three decimals", "values:1": "1e-300 to 1e300"}),
+    (r"BM_TextFind", {"case:0": "prose", "case:1": "prose, rare first letter", "case:2": "prose, frequent bytes",
+                      "case:3": "Cyrillic", "case:4": "random letters", "case:5": "random bytes"}),
+    (r"BM_TextSearchForms",
+     {"form:0": "wide find", "form:1": "wide reverse find", "form:2": "caseless find",
+      "form:3": "wide caseless find", "form:4": "caseless reverse find", "form:5": "wide caseless reverse find",
+      "form:6": "wide find first of", "form:7": "wide compare", "form:8": "wide caseless compare",
+      "form:9": "caseless compare"}),
+    (r"BM_PostPull_OneThread", {"1": "bursts of 1", "64": "bursts of 64"}),
+    (r"BM_Properties", {"16": "16 keys", "1000": "1000 keys"}),
+    (r"BM_BitReaderReadDataAligned", {"64": "64 B", "4096": "4 KiB"}),
+    (r"BM_BufferPool", {"threads:1": "1 thread", "threads:2": "2 threads"}),
+    (r"Format_|Parse_", {"Http": "HTTP", "Iso": "ISO 8601"}),
 ]
 
 RATE_KEYS = ("bytes_per_second", "items_per_second")
@@ -193,18 +218,26 @@ def subsystem_key(subsystem):
 
 
 def pretty_suffix(name):
-    """The arguments of a benchmark name, with sizes in KiB/MiB: "/page:0/size:4096" reads
-    "page 0, size 4 KiB"."""
+    """The arguments of a benchmark name in words: "/page:0/size:1048576" reads "1252, 1 MiB"."""
     suffix = name.split("/", 1)[1] if "/" in name else ""
+    words = {}
+    for family, meanings in ARGUMENTS:
+        if re.match(family, name):
+            words.update(meanings)
     parts = []
     for part in suffix.split("/"):
         if not part or part == "real_time" or part.startswith("iterations:"):
+            continue
+        if part in words:
+            parts.append(words[part])
             continue
         key, _, value = part.rpartition(":")
         if value.isdigit() and int(value) >= 1024 and int(value) & (int(value) - 1) == 0:
             v = int(value)
             value = f"{v >> 20} MiB" if v >= 1 << 20 else f"{v >> 10} KiB"
-        parts.append(f"{key} {value}" if key else value)
+        elif value.isdigit() and key in ("size", "bytes"):
+            value = f"{value} B"
+        parts.append(value if not key or key in ("size", "bytes") else f"{key} {value}")
     return ", ".join(parts)
 
 
