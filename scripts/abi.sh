@@ -32,12 +32,11 @@ if ! readelf -S "$library" | grep -q '\.debug_info'; then
   exit 1
 fi
 
-# Public types only (those of include/), no source locations, paths relative to the tree and
-# hashed type ids, so two runs on the same library give the same file.
+# Public types only (those of include/), no source locations or build paths, hashed type ids:
+# the same library gives the same file in any checkout (the build maps the tree's path away).
 describe() {
   abidw --headers-dir include --drop-private-types --drop-undefined-syms --exported-interfaces-only \
-        --no-show-locs --no-corpus-path --no-comp-dir-path --no-elf-needed --type-id-style hash "$library" |
-    sed "s|path='$PWD/|path='|"
+        --no-show-locs --no-corpus-path --no-comp-dir-path --no-elf-needed --type-id-style hash "$library"
 }
 
 soname_of() { sed -n "s/^<abi-corpus [^>]* soname='\([^']*\)'.*/\1/p" "$1"; }
