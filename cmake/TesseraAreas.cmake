@@ -12,10 +12,11 @@ if(TESSERA_SANITIZE)
   set(TESSERA_SANITIZER_FLAGS -fsanitize=${TESSERA_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
 endif()
 
-# Flags shared by every target of the project, library or not.
+# Flags shared by every target of the project, library or not. Paths in __FILE__ and in the
+# debug information are relative to the tree, so two checkouts build the same library.
 add_library(tessera_flags INTERFACE)
 target_compile_options(tessera_flags INTERFACE ${TESSERA_WARNINGS} ${TESSERA_SANITIZER_FLAGS}
-  "-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=")
+  "-ffile-prefix-map=${PROJECT_SOURCE_DIR}/=")
 target_link_options(tessera_flags INTERFACE ${TESSERA_SANITIZER_FLAGS})
 if(TESSERA_BUILD_FUZZERS)
   # Coverage for the fuzzers reaches into the library's own code.

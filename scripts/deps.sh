@@ -3,7 +3,7 @@
 # missing; otherwise it prints the exact apt-get line and fails. Sourced by the other scripts.
 set -euo pipefail
 
-TESSERA_PACKAGES=(cmake g++ clang make pkg-config libboost-dev libgtest-dev libbenchmark-dev
+TESSERA_PACKAGES=(cmake g++ clang make pkg-config dpkg-dev file abigail-tools libboost-dev libgtest-dev libbenchmark-dev
                   libicu-dev libpoco-dev liburiparser-dev locales)
 
 tessera_missing_packages() {

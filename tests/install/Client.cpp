@@ -9,7 +9,7 @@ int main() {
   Tessera::Buffer buffer = pool.Allocate();
   bool refused = false;
   try {
-    Tessera::Buffer(65).Clone(pool);
+    static_cast<void>(Tessera::Buffer(65).Clone(pool));
   } catch (const Plaint::LengthError& error) {
     refused = std::string(error.what()) == "buffer size mismatch";
   }
