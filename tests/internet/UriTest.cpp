@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -219,16 +218,11 @@ TEST(InternetViews, GiveThePointerResultsMoveAndRefuseWhatNoLengthCanHold) {
     const std::string_view huge("%41", npos);
     std::string kept = "kept";
     std::u16string keptWide = u"kept";
-    const std::pair<std::function<void()>, const char*> writers[] = {
-        {[&] { Base64Encode(huge, kept); }, "Tessera::Base64Encode"},
-        {[&] { MimeOutputParam(written, "n", huge); }, "Tessera::MimeOutputParam"}};
-    for (const auto& [write, context] : writers) {
-      try {
-        write();
-        ADD_FAILURE() << context;
-      } catch (const Plaint::LengthError& error) {
-        EXPECT_STREQ(error.GetContext().function, context);
-      }
+    try {
+      MimeOutputParam(written, "n", huge);
+      ADD_FAILURE();
+    } catch (const Plaint::LengthError& error) {
+      EXPECT_STREQ(error.GetContext().function, "Tessera::MimeOutputParam");
     }
     EXPECT_EQ(std::make_tuple(Base64Decode(huge, kept), MimeQuotedPrintableDecode(huge, kept, false),
                               MimeDecodeEncodedWords(huge, keptWide), IsMimeQuotable(huge),

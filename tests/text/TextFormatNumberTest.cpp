@@ -2,15 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 #include <locale>
 #include <sstream>
-#include <set>
 #include <string>
-#include <thread>
 
 using Tessera::TextFormatNumber;
 
@@ -111,18 +108,3 @@ TEST(TextFormatNumber, FollowsTheGlobalStreamLocale) {
   EXPECT_EQ(Narrow(1234567), "1234567");
 }
 
-// A change of the global locale by another thread is seen whole or not at all.
-TEST(TextFormatNumber, GlobalLocaleChangedByAnotherThread) {
-  const GlobalLocale scope(std::locale::classic());
-  const std::locale punctuated = Punctuated();
-  std::atomic<bool> done{false};
-  std::thread changer([&] {
-    for (int i = 0; i < 2000; ++i)
-      std::locale::global(i % 2 == 0 ? punctuated : std::locale::classic());
-    done = true;
-  });
-  std::set<std::string> seen;
-  while (!done) seen.insert(Narrow(1234567));
-  changer.join();
-  for (const std::string& text : seen) EXPECT_TRUE(text == "1234567" || text == "1.234.567") << text;
-}

@@ -41,19 +41,7 @@ TESSERA_API void TextFormatNumber(const T& value, std::basic_string<C>& out) {
 #define TESSERA_TEXT_FORMAT_NUMBER(T)                                                       \
   extern template TESSERA_API void TextFormatNumber<T, char>(const T&, std::string&); \
   extern template TESSERA_API void TextFormatNumber<T, char16_t>(const T&, std::u16string&);
-TESSERA_TEXT_FORMAT_NUMBER(signed char)
-TESSERA_TEXT_FORMAT_NUMBER(unsigned char)
-TESSERA_TEXT_FORMAT_NUMBER(short)
-TESSERA_TEXT_FORMAT_NUMBER(unsigned short)
-TESSERA_TEXT_FORMAT_NUMBER(int)
-TESSERA_TEXT_FORMAT_NUMBER(unsigned int)
-TESSERA_TEXT_FORMAT_NUMBER(long)
-TESSERA_TEXT_FORMAT_NUMBER(unsigned long)
-TESSERA_TEXT_FORMAT_NUMBER(long long)
-TESSERA_TEXT_FORMAT_NUMBER(unsigned long long)
-TESSERA_TEXT_FORMAT_NUMBER(float)
-TESSERA_TEXT_FORMAT_NUMBER(double)
-TESSERA_TEXT_FORMAT_NUMBER(long double)
+TESSERA_TEXT_NUMBER_TYPES(TESSERA_TEXT_FORMAT_NUMBER)
 #undef TESSERA_TEXT_FORMAT_NUMBER
 
 }  // namespace Tessera

@@ -73,24 +73,18 @@ template <class T>
 
 // Implementation details follow.
 
+// The 13 number types, for the explicit instantiations here, in TextFormatNumber.h and in
+// the library.
+#define TESSERA_TEXT_NUMBER_TYPES(X)                                                         \
+  X(signed char) X(unsigned char) X(short) X(unsigned short) X(int) X(unsigned int) X(long) \
+  X(unsigned long) X(long long) X(unsigned long long) X(float) X(double) X(long double)
+
 #define TESSERA_TEXT_NUMERIC(T)                                                                \
   extern template TESSERA_API bool TextNumeric<char, T>(const char*, unsigned int, T&,         \
                                                         unsigned int);                         \
   extern template TESSERA_API bool TextNumeric<char16_t, T>(const char16_t*, unsigned int, T&, \
                                                             unsigned int);
-TESSERA_TEXT_NUMERIC(signed char)
-TESSERA_TEXT_NUMERIC(unsigned char)
-TESSERA_TEXT_NUMERIC(short)
-TESSERA_TEXT_NUMERIC(unsigned short)
-TESSERA_TEXT_NUMERIC(int)
-TESSERA_TEXT_NUMERIC(unsigned int)
-TESSERA_TEXT_NUMERIC(long)
-TESSERA_TEXT_NUMERIC(unsigned long)
-TESSERA_TEXT_NUMERIC(long long)
-TESSERA_TEXT_NUMERIC(unsigned long long)
-TESSERA_TEXT_NUMERIC(float)
-TESSERA_TEXT_NUMERIC(double)
-TESSERA_TEXT_NUMERIC(long double)
+TESSERA_TEXT_NUMBER_TYPES(TESSERA_TEXT_NUMERIC)
 #undef TESSERA_TEXT_NUMERIC
 
 }  // namespace Tessera
