@@ -62,12 +62,10 @@ TESSERA_API bool MimeParseProperties(BasicStringTokenizer<char>& tokenizer,
 
 // Conveniences: the operations above on views.
 [[nodiscard]] inline bool IsMimeToken(std::string_view text) {
-  return detail::FitsLength(text.size()) &&
-         IsMimeToken(text.data(), static_cast<unsigned int>(text.size()));
+  return detail::PassView(&IsMimeToken, text);
 }
 [[nodiscard]] inline bool IsMimeQuotable(std::string_view text) {
-  return detail::FitsLength(text.size()) &&
-         IsMimeQuotable(text.data(), static_cast<unsigned int>(text.size()));
+  return detail::PassView(&IsMimeQuotable, text);
 }
 inline void MimeOutputParamValue(std::ostream& out, std::string_view value) {
   MimeOutputParamValue(out, value.data(),
@@ -80,9 +78,7 @@ inline void MimeOutputParam(std::ostream& out, std::string_view name, std::strin
 }
 [[nodiscard]] inline bool MimeParseMediaType(std::string_view text, std::string& type,
                                              std::string& subtype, Properties& properties) {
-  return detail::FitsLength(text.size()) &&
-         MimeParseMediaType(text.data(), static_cast<unsigned int>(text.size()), type, subtype,
-                            properties);
+  return detail::PassView(&MimeParseMediaType, text, type, subtype, properties);
 }
 
 }  // namespace Tessera

@@ -35,13 +35,10 @@ namespace Tessera {
 // Conveniences: the decoders on a view.
 [[nodiscard]] inline bool MimeQuotedPrintableDecode(std::string_view text, std::string& out,
                                                     bool underscoreAsSpace) {
-  return detail::FitsLength(text.size()) &&
-         MimeQuotedPrintableDecode(text.data(), static_cast<unsigned int>(text.size()), out,
-                                   underscoreAsSpace);
+  return detail::PassView(&MimeQuotedPrintableDecode, text, out, underscoreAsSpace);
 }
 [[nodiscard]] inline bool MimeDecodeEncodedWords(std::string_view text, std::u16string& out) {
-  return detail::FitsLength(text.size()) &&
-         MimeDecodeEncodedWords(text.data(), static_cast<unsigned int>(text.size()), out);
+  return detail::PassView(&MimeDecodeEncodedWords, text, out);
 }
 
 }  // namespace Tessera

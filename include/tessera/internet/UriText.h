@@ -77,29 +77,22 @@ TESSERA_API void UriQueryFormEncode(const Properties& properties, std::string& r
 
 // Conveniences: the operations above on views.
 [[nodiscard]] inline bool UriIsSchemeValid(std::string_view text) {
-  return detail::FitsLength(text.size()) &&
-         UriIsSchemeValid(text.data(), static_cast<unsigned int>(text.size()));
+  return detail::PassView(&UriIsSchemeValid, text);
 }
 [[nodiscard]] inline bool UriIsHostIpLiteral(std::string_view text) {
-  return detail::FitsLength(text.size()) &&
-         UriIsHostIpLiteral(text.data(), static_cast<unsigned int>(text.size()));
+  return detail::PassView(&UriIsHostIpLiteral, text);
 }
 [[nodiscard]] inline bool UriDecompose(std::string_view text, std::string& scheme,
                                        std::string& authority, std::string& path,
                                        std::string& query, std::string& fragment) {
-  return detail::FitsLength(text.size()) &&
-         UriDecompose(text.data(), static_cast<unsigned int>(text.size()), scheme, authority, path,
-                      query, fragment);
+  return detail::PassView(&UriDecompose, text, scheme, authority, path, query, fragment);
 }
 inline bool UriHierPartDecompose(std::string_view text, std::string& authority, std::string& path) {
-  return detail::FitsLength(text.size()) &&
-         UriHierPartDecompose(text.data(), static_cast<unsigned int>(text.size()), authority, path);
+  return detail::PassView(&UriHierPartDecompose, text, authority, path);
 }
 [[nodiscard]] inline bool UriAuthorityDecompose(std::string_view text, std::string& userInfo,
                                                 std::string& host, std::string& port) {
-  return detail::FitsLength(text.size()) &&
-         UriAuthorityDecompose(text.data(), static_cast<unsigned int>(text.size()), userInfo, host,
-                               port);
+  return detail::PassView(&UriAuthorityDecompose, text, userInfo, host, port);
 }
 inline void UriPercentEncode(std::string_view text, std::string& result, const char* extra) {
   UriPercentEncode(text.data(), detail::CheckedLength(text.size(), "Tessera::UriPercentEncode"),
@@ -117,8 +110,7 @@ inline void UriPercentEncode(std::string_view text, std::string& result, const c
   return true;
 }
 [[nodiscard]] inline bool UriPercentDecode(std::string_view text, std::string& result) {
-  return detail::FitsLength(text.size()) &&
-         UriPercentDecode(text.data(), static_cast<unsigned int>(text.size()), result);
+  return detail::PassView(&UriPercentDecode, text, result);
 }
 
 }  // namespace Tessera

@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include <tessera_export.h>
 #include <tessera/frame/Library.h>
@@ -29,6 +30,15 @@ constexpr bool FitsLength(std::size_t size) noexcept { return size < npos; }
 inline unsigned int CheckedLength(std::size_t size, const char* function) {
   if (!FitsLength(size)) ThrowTextTooLong(function);
   return static_cast<unsigned int>(size);
+}
+
+// Calls a ported operation that reports success with the view as pointer and length, then
+// `args`; a view that doesn't fit is refused with false before anything is read or written.
+template <class... Args, class... Given>
+bool PassView(bool (*function)(const char*, unsigned int, Args...), std::string_view text,
+              Given&&... args) {
+  return FitsLength(text.size()) &&
+         function(text.data(), static_cast<unsigned int>(text.size()), std::forward<Given>(args)...);
 }
 
 // Calls a ported comparison with the two views.
